@@ -1,0 +1,66 @@
+#pragma once
+
+#include <dds/entity.hpp>
+#include <dds/sample_info.hpp>
+#include <dds/status.hpp>
+
+class DDSDataReaderListener;
+class DDSSubscriber;
+class DDSTopicDescription;
+struct DDS_DataReader;
+
+/// Receives samples of one topic or content-filtered topic and keeps them until they are taken. All operations are
+/// thread-safe.
+class DDS_EXPORT DDSDataReader : public DDSEntity {
+ public:
+  virtual DDSTopicDescription* get_topicdescription() = 0;
+  virtual DDSSubscriber* get_subscriber() = 0;
+  virtual DDS_ReturnCode_t get_qos(DDS_DataReaderQos& qos) = 0;
+  /// Replaces the listener and what it is called for. Returns when no call of the former listener is running, unless
+  /// called from it.
+  virtual DDS_ReturnCode_t set_listener(DDSDataReaderListener* listener, DDS_StatusMask mask) = 0;
+  virtual DDSDataReaderListener* get_listener() = 0;
+
+  /// A condition on the samples' states, owned by the reader; null when memory is exhausted.
+  virtual DDSReadCondition* create_readcondition(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                                 DDS_InstanceStateMask instance_states) = 0;
+  /// Makes a named index over the sequence number of the samples' related identity. `DDS_RETCODE_PRECONDITION_NOT_MET`
+  /// for a name that exists, `DDS_RETCODE_BAD_PARAMETER` for null or empty.
+  virtual DDS_ReturnCode_t create_index(const char* index_name) = 0;
+  /// A read condition that selects the samples whose related identity has the sequence number of `key`, at a cost that
+  /// does not depend on what else the reader holds. Null, and a log line, for an unknown index or exhausted memory.
+  virtual DDSReadCondition* create_index_condition(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                                   DDS_InstanceStateMask instance_states, const char* index_name,
+                                                   const DDS_SampleInfo& key) = 0;
+  /// Deletes a condition of this reader and detaches it from every wait set; `DDS_RETCODE_PRECONDITION_NOT_MET` for
+  /// another's.
+  virtual DDS_ReturnCode_t delete_readcondition(DDSReadCondition* condition) = 0;
+
+  /// Reads (leaves in the reader) or takes (removes) up to `max_samples` samples of the given states, without copying:
+  /// on success `*data` points to an array of
+  /// `*count` sample pointers and `infos`, which must be empty, refers to their infos. Both are valid until
+  /// `return_loan_untyped`, whatever happens to the writer or the samples meanwhile. `condition` null: the masks
+  /// select; otherwise the condition does. `DDS_RETCODE_NO_DATA`, and count 0, when there is none.
+  virtual DDS_ReturnCode_t read_or_take_untyped(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples,
+                                                DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                                DDS_InstanceStateMask instance_states, DDSReadCondition* condition,
+                                                DDS_Boolean take) = 0;
+  /// Gives a loan of this reader back and empties `infos`. Anything else is refused with
+  /// `DDS_RETCODE_PRECONDITION_NOT_MET` and harms nothing.
+  virtual DDS_ReturnCode_t return_loan_untyped(void** data, DDS_SampleInfoSeq& infos) = 0;
+  /// The handle of the instance with the key of `data`; `DDS_HANDLE_NIL` when the reader does not know it or the type
+  /// has no key.
+  virtual DDS_InstanceHandle_t lookup_instance_untyped(const void* data) = 0;
+
+  virtual DDS_ReturnCode_t get_requested_incompatible_qos_status(DDS_RequestedIncompatibleQosStatus& status) = 0;
+  virtual DDS_ReturnCode_t get_sample_lost_status(DDS_SampleLostStatus& status) = 0;
+  virtual DDS_ReturnCode_t get_sample_rejected_status(DDS_SampleRejectedStatus& status) = 0;
+  virtual DDS_ReturnCode_t get_subscription_matched_status(DDS_SubscriptionMatchedStatus& status) = 0;
+  virtual DDS_ReturnCode_t get_matched_publications(DDS_InstanceHandleSeq& handles) = 0;
+
+  /// For the untyped procedural calls.
+  virtual DDS_DataReader* procedural_handle() = 0;
+
+ protected:
+  ~DDSDataReader() override;
+};
