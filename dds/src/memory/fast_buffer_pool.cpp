@@ -32,7 +32,8 @@ struct MORAFastBufferPool {
   int idle_count();
 
  private:
-  bool grow(int count);
+  /// Makes up to `count` idle buffers, under the lock.
+  void grow(int count);
   void* make_buffer();
 
   const std::size_t buffer_size_;
@@ -45,7 +46,7 @@ struct MORAFastBufferPool {
   const int increment_;
   const char* const name_;
 
-  std::mutex mutex_;  // guards what follows
+  std::mutex mutex_;  // guards what follows; no log line is written under it, because sinks are the application's
   int made_ = 0;
   std::vector<void*> idle_;  // last in, first out; its capacity is never below made_, so that giving back cannot fail
 };
@@ -65,7 +66,8 @@ MORAFastBufferPool::~MORAFastBufferPool() {
 
 bool MORAFastBufferPool::make_initial(int count) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  return count == 0 || (grow(count) && made_ == count);
+  grow(count);
+  return made_ == count;
 }
 
 void* MORAFastBufferPool::get(int size) {
@@ -74,10 +76,17 @@ void* MORAFastBufferPool::get(int size) {
                     name_);
     return nullptr;
   }
-  const std::lock_guard<std::mutex> lock(mutex_);
+  std::unique_lock<std::mutex> lock(mutex_);
   if (idle_.empty()) {
-    const int wanted = increment_ < 0 ? std::max(made_, 1) : increment_;
-    if (!grow(std::min(wanted, maximal_ - made_))) { return nullptr; }
+    const int wanted = std::min(increment_ < 0 ? std::max(made_, 1) : increment_, maximal_ - made_);
+    grow(wanted);
+    if (idle_.empty()) {
+      lock.unlock();
+      if (wanted > 0) {
+        DDS_LOG_FAILURE("MORAFastBufferPool_getBufferWithSize", QVX_LOG_CREATION_FAILURE_s, "buffer of pool %s", name_);
+      }
+      return nullptr;
+    }
   }
   void* buffer = idle_.back();
   idle_.pop_back();
@@ -85,9 +94,10 @@ void* MORAFastBufferPool::get(int size) {
 }
 
 void MORAFastBufferPool::give_back(void* buffer) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  std::unique_lock<std::mutex> lock(mutex_);
   if (buffer == nullptr || idle_.size() == static_cast<std::size_t>(made_)) {
-    DDS_LOG_FAILURE("MORAFastBufferPool_returnBuffer", DDS_LOG_BAD_PARAMETER_s, "no buffer of pool %s is outstanding",
+    lock.unlock();
+    DDS_LOG_FAILURE("MORAFastBufferPool_returnBuffer", DDS_LOG_BAD_PARAMETER_s, "no buffer that pool %s has given out",
                     name_);
     return;
   }
@@ -99,22 +109,16 @@ int MORAFastBufferPool::idle_count() {
   return static_cast<int>(idle_.size());
 }
 
-/// Makes up to `count` idle buffers; false when it made none.
-bool MORAFastBufferPool::grow(int count) {
+void MORAFastBufferPool::grow(int count) {
   try {
     idle_.reserve(static_cast<std::size_t>(made_) + static_cast<std::size_t>(count));
-  } catch (const std::bad_alloc&) { return false; }
-  int added = 0;
-  for (; added < count; ++added) {
+  } catch (const std::bad_alloc&) { return; }
+  for (int i = 0; i < count; ++i) {
     void* buffer = make_buffer();
-    if (buffer == nullptr) {
-      DDS_LOG_FAILURE("MORAFastBufferPool", QVX_LOG_CREATION_FAILURE_s, "buffer of pool %s", name_);
-      break;
-    }
+    if (buffer == nullptr) { return; }
     idle_.push_back(buffer);
     ++made_;
   }
-  return added > 0;
 }
 
 void* MORAFastBufferPool::make_buffer() {

@@ -20,6 +20,15 @@ bool names_a_profile(const char* context, const char* library, const char* profi
   return true;
 }
 
+DDS_ReturnCode_t unknown_profile(const char* context, const char* library, const char* profile, bool has_library) {
+  if (has_library) {
+    DDS_LOG_FAILURE(context, DDS_LOG_BAD_PARAMETER_s, "unknown QoS profile \"%s\" in library \"%s\"", profile, library);
+  } else {
+    DDS_LOG_FAILURE(context, DDS_LOG_BAD_PARAMETER_s, "unknown QoS library \"%s\"", library);
+  }
+  return DDS_RETCODE_BAD_PARAMETER;
+}
+
 DDS_ReturnCode_t out_of_memory(const char* context) {
   DDS_LOG_FAILURE(context, QVX_LOG_ANY_FAILURE_s, "out of memory");
   return DDS_RETCODE_OUT_OF_RESOURCES;
@@ -62,25 +71,23 @@ DDS_ReturnCode_t ProfileStore::get(const char* context, Qos& qos, const char* li
                                    const char* topic_name, TopicQosMap<Qos> Profile::*settings) {
   if (!names_a_profile(context, library, profile)) { return DDS_RETCODE_BAD_PARAMETER; }
   try {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const Profile* found = find(context, library, profile);
-    if (found == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
-    Qos copy((found->*settings).find(topic_name));
+    const Key key(library, profile);
+    std::unique_lock<std::mutex> lock(mutex_);
+    const auto known = profiles_.find(key);
+    if (known == profiles_.end()) {
+      const bool has_library = knows_library(key.first);
+      lock.unlock();
+      return unknown_profile(context, library, profile, has_library);
+    }
+    Qos copy((known->second.*settings).find(topic_name));
     qos = std::move(copy);
   } catch (const std::bad_alloc&) { return out_of_memory(context); }
   return DDS_RETCODE_OK;
 }
 
-const ProfileStore::Profile* ProfileStore::find(const char* context, const char* library, const char* profile) const {
-  const auto known = profiles_.find(Key(library, profile));
-  if (known != profiles_.end()) { return &known->second; }
-  const auto first_of_library = profiles_.lower_bound(Key(library, std::string()));
-  if (first_of_library == profiles_.end() || first_of_library->first.first != library) {
-    DDS_LOG_FAILURE(context, DDS_LOG_BAD_PARAMETER_s, "unknown QoS library \"%s\"", library);
-  } else {
-    DDS_LOG_FAILURE(context, DDS_LOG_BAD_PARAMETER_s, "unknown QoS profile \"%s\" in library \"%s\"", profile, library);
-  }
-  return nullptr;
+bool ProfileStore::knows_library(const std::string& library) const {
+  const auto first = profiles_.lower_bound(Key(library, std::string()));
+  return first != profiles_.end() && first->first.first == library;
 }
 
 DDS_ReturnCode_t ProfileStore::set_profile_datawriter_qos(const char* library, const char* profile,

@@ -38,10 +38,10 @@ class ProfileStore {
   template <class Qos>
   DDS_ReturnCode_t get(const char* context, Qos& qos, const char* library, const char* profile, const char* topic_name,
                        TopicQosMap<Qos> Profile::*settings);
-  /// Null, and a log line, when there is none.
-  const Profile* find(const char* context, const char* library, const char* profile) const;
+  /// Under the lock.
+  bool knows_library(const std::string& library) const;
 
-  std::mutex mutex_;  // guards what follows
+  std::mutex mutex_;  // guards what follows; no log line is written under it, because sinks are the application's
   std::map<Key, Profile> profiles_;
 };
 
