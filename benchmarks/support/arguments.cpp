@@ -45,7 +45,7 @@ std::vector<std::string> Arguments::list(const std::string& name, const std::str
 
 std::vector<std::string> Arguments::choice(const std::string& name, const std::string& fallback,
                                            const std::vector<std::string>& choices) const {
-  const std::vector<std::string> elements = list(name, fallback);
+  std::vector<std::string> elements = list(name, fallback);
   for (const std::string& element : elements) {
     if (!contains(choices, element)) { throw std::invalid_argument("--" + name + ": unknown \"" + element + "\""); }
   }

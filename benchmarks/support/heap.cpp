@@ -24,6 +24,7 @@ void* __libc_realloc(void* memory, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): the C library's are reserved names
 void* malloc(std::size_t size) noexcept {
   count_one();
   return __libc_malloc(size);
@@ -51,6 +52,7 @@ int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexc
   *memory = made;
   return 0;
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 }
 
 namespace bench {

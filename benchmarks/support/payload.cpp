@@ -1,10 +1,9 @@
 #include "support/payload.hpp"
 
-#include <cinttypes>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
 #include <new>
 #include <stdexcept>
 
@@ -29,12 +28,12 @@ std::uint64_t tag_of(const DDS_Octet* octets) {
 
 void check_tag(std::uint64_t tag, std::uint64_t expected) {
   if (tag == expected) { return; }
-  std::fprintf(stderr, "tag %" PRIu64 " in place of %" PRIu64 "\n", tag, expected);
+  std::cerr << "tag " << tag << " in place of " << expected << '\n';
   fail("a round trip went wrong");
 }
 
 void fail(const char* reason) {
-  std::fprintf(stderr, "benchmark failed: %s\n", reason);
+  std::cerr << "benchmark failed: " << reason << std::endl;
   std::_Exit(EXIT_FAILURE);
 }
 

@@ -2,17 +2,17 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 
 std::string read_text(const std::string& path) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
-  if (!file) { throw std::runtime_error("cannot read " + path + ": " + std::strerror(errno)); }
+  if (!file) { throw std::runtime_error("cannot read " + path + ": " + std::generic_category().message(errno)); }
   std::string text;
   try {
     text.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
