@@ -13,8 +13,8 @@ std::unique_ptr<Answering> start_answering(Answer answer, const Participant& par
 Service::Service(DDS_DomainId_t domain, Answer answer, std::size_t payload, Placement placement)
     : answer_(answer),
       participant_(domain),
-      answering_(start_answering(answer, participant_, placement)),
-      requester_(participant_, payload) {}
+      requester_(participant_, payload),
+      answering_(start_answering(answer, participant_, placement)) {}
 
 Service::~Service() {
   if (answer_ == Answer::in_thread) { requester_.send_stop(); }

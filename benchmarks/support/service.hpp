@@ -32,8 +32,8 @@ class Service {
  private:
   const Answer answer_;
   Participant participant_;
-  std::unique_ptr<Answering> answering_;
   Requester requester_;
+  std::unique_ptr<Answering> answering_;  // after the requester, which ends it
   std::vector<std::unique_ptr<zemtra::details::RequesterUntypedImpl>> idle_;
 };
 
