@@ -36,7 +36,7 @@ class IntrusiveHash {
     while (*link != element) { link = &((*link)->*Next); }
     *link = element->*Next;
     --size_;
-    if (slots_.size() > kSmallest && size_ * 8 < slots_.size()) { shrink(); }
+    if (slots_.size() > kLargestKept && size_ * 16 < slots_.size()) { shrink(); }
   }
   template <class Function>
   void for_each(Function function) const {
@@ -51,6 +51,9 @@ class IntrusiveHash {
 
  private:
   static constexpr std::size_t kSmallest = 16;
+  // A table up to this size stays as it is when it empties, so that one that fills and empties all the time allocates
+  // nothing; a larger one shrinks late and keeps room, for the same reason.
+  static constexpr std::size_t kLargestKept = 4096;
 
   // Fibonacci hashing: the top bits of the product depend on all bits of the key.
   std::size_t slot(std::uint64_t key) const { return static_cast<std::size_t>((key * 0x9e3779b97f4a7c15u) >> shift_); }
