@@ -37,19 +37,24 @@ RefPtr<Message> MessagePool::acquire() {
 }
 
 void MessagePool::release(Message* message) {
-  bool last = false;
   {
     const MutexLock lock(mutex_);
-    --outstanding_;
     if (!closed_ && idle_count_ < kMostIdle) {
       message->next_ = idle_;
       idle_ = message;
       ++idle_count_;
+      --outstanding_;
       return;
     }
+  }
+  // Outstanding until it is destroyed, because another thread may end the pool as soon as nothing is.
+  destroy(message);
+  bool last = false;
+  {
+    const MutexLock lock(mutex_);
+    --outstanding_;
     last = closed_ && outstanding_ == 0;
   }
-  destroy(message);
   if (last) { delete this; }
 }
 
