@@ -31,11 +31,7 @@ class Notifications {
   Notifications& operator=(const Notifications&) = delete;
   ~Notifications() {
     for (std::size_t i = 0; i < sleeper_count_; ++i) { sleepers_[i]->wake(); }
-    while (callbacks_ != nullptr) {
-      Callback* callback = callbacks_;
-      callbacks_ = callback->next_;
-      callback->run();
-    }
+    if (callbacks_ != nullptr) { run_callbacks(); }
   }
 
   /// Tells a wait set that one of its conditions turned true.
@@ -52,12 +48,18 @@ class Notifications {
     *last_callback_ = callback;
     last_callback_ = &callback->next_;
   }
+  /// Takes out a call that this thread is going to make once the call that it is in has returned; false when there is
+  /// none. The application code in a call may end the object of another that would follow it.
+  static bool withdraw(const Callback& callback);
 
  private:
+  void run_callbacks();
+
   std::array<RefPtr<WaitSetCore>, 4> sleepers_;
   std::size_t sleeper_count_ = 0;
   Callback* callbacks_ = nullptr;
   Callback** last_callback_ = &callbacks_;
+  Notifications* outer_ = nullptr;  // while calls are made: those in one of whose calls these are made
 };
 
 }  // namespace dds

@@ -82,6 +82,7 @@ class StatusDispatch : public Callback {
 
   void change(DDS_StatusMask changes, Notifications& notifications);
   void tell_all(DDS_StatusMask statuses);
+  void drop_calls(Notifications& notifications);
 
   Mutex& lock_;
   DDS_StatusMask mask_ = 0;  // guarded by lock_, as are the next two
