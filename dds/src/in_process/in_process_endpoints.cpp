@@ -101,14 +101,16 @@ DDS_ReturnCode_t InProcessWriter::write(const RefPtr<Message>& message, Deadline
       const std::uint64_t number = last_number_ + 1;
       message->identity = {guid_, {static_cast<std::int32_t>(number >> 32), static_cast<std::uint32_t>(number)}};
       find_targets(*message);
+      assigned = message->identity;  // before a reader has the sample: the answer may come at once
       switch (deliver(message, blocked, notifications)) {
         case Admission::no_memory:
+          assigned = DDS_AUTO_SAMPLE_IDENTITY;
           return DDS_RETCODE_OUT_OF_RESOURCES;
         case Admission::full:
+          assigned = DDS_AUTO_SAMPLE_IDENTITY;
           break;
         default:
           last_number_ = number;
-          assigned = message->identity;
           return DDS_RETCODE_OK;
       }
     }
