@@ -49,29 +49,32 @@ void MessagePool::release(Message* message) {
   }
   // Outstanding until it is destroyed, because another thread may end the pool as soon as nothing is.
   destroy(message);
-  bool last = false;
-  {
-    const MutexLock lock(mutex_);
-    --outstanding_;
-    last = closed_ && outstanding_ == 0;
-  }
-  if (last) { delete this; }
+  end_outstanding();
 }
 
 void MessagePool::close() {
   Message* idle = nullptr;
-  bool last = false;
   {
     const MutexLock lock(mutex_);
     closed_ = true;
     idle = idle_;
     idle_ = nullptr;
-    last = outstanding_ == 0;
+    ++outstanding_;  // stands for the idle ones, for the same reason as in `release`
   }
   while (idle != nullptr) {
     Message* next = idle->next_;
     destroy(idle);
     idle = next;
+  }
+  end_outstanding();
+}
+
+void MessagePool::end_outstanding() {
+  bool last = false;
+  {
+    const MutexLock lock(mutex_);
+    --outstanding_;
+    last = closed_ && outstanding_ == 0;
   }
   if (last) { delete this; }
 }

@@ -61,6 +61,8 @@ class MessagePool {
 
   ~MessagePool() = default;
   void release(Message* message) DDS_EXCLUDES(mutex_);
+  /// May delete the pool.
+  void end_outstanding() DDS_EXCLUDES(mutex_);
   Message* make();
   void destroy(Message* message) const;
 
