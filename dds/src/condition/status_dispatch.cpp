@@ -2,6 +2,7 @@
 
 #include <dds/log.hpp>
 #include <exception>
+#include <utility>
 
 #include "log/log.hpp"
 #include "util/futex.hpp"
@@ -24,14 +25,15 @@ void StatusDispatch::change(DDS_StatusMask changes, Notifications& notifications
 
 bool StatusDispatch::in_listener() const { return teller_.load(std::memory_order_relaxed) == &this_thread; }
 
-void StatusDispatch::silence() {
+DDS_StatusMask StatusDispatch::silence() {
+  DDS_StatusMask former = 0;
   {
     Notifications notifications;
     const MutexLock lock(lock_);
-    mask_ = 0;
+    former = std::exchange(mask_, 0);
     if (Notifications::withdraw(*this)) { drop_calls(notifications); }
   }
-  if (in_listener()) { return; }
+  if (in_listener()) { return former; }
   std::uint32_t state = state_.load(std::memory_order_acquire);
   while ((state & kRunning) != 0) {
     if (state_.compare_exchange_weak(state, state | kAwaited, std::memory_order_acq_rel)) {
@@ -40,6 +42,17 @@ void StatusDispatch::silence() {
       state = state_.load(std::memory_order_acquire);
     }
   }
+  return former;
+}
+
+void StatusDispatch::resume(DDS_StatusMask mask) {
+  Notifications notifications;
+  const MutexLock lock(lock_);
+  mask_ = mask;
+  const DDS_StatusMask missed = changes_ & mask;
+  if (missed == 0) { return; }
+  change(changes_ & ~missed, notifications);
+  raise(missed, notifications);
 }
 
 // The calls that this thread had yet to make are not made; to wait for them would be to wait for itself.

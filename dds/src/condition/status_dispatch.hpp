@@ -48,8 +48,11 @@ class StatusDispatch : public Callback {
     replace();
     mask_ = mask;
   }
-  /// No call begins after this returns, and none runs, unless this is called from one.
-  void silence();
+  /// No call begins after this returns, and none runs, unless this is called from one. Returns what the listener was
+  /// asked for.
+  DDS_StatusMask silence();
+  /// Takes `silence` back: the listener is told what it has missed.
+  void resume(DDS_StatusMask mask);
 
   void run() final;
 

@@ -67,19 +67,35 @@ DDSDataReader* SubscriberImpl::create(const ReaderTopic& topic, const DDS_DataRe
   return reader;
 }
 
+ReaderEntity* SubscriberImpl::claim(DDSDataReader* reader) {
+  const MutexLock lock(mutex_);
+  const auto found = readers_.find(reader);
+  if (found == readers_.end()) { return nullptr; }
+  ReaderEntity& entity = *found->second;
+  if (entity.being_deleted || entity.core().in_listener()) { return nullptr; }
+  entity.being_deleted = true;
+  return &entity;
+}
+
+// A listener that is running may hold a loan that it is about to return, or take one to keep. So it comes to rest
+// before the loans are looked at.
 DDS_ReturnCode_t SubscriberImpl::delete_datareader(DDSDataReader* reader) {
-  std::unique_ptr<ReaderEntity> deleted;
-  {
+  ReaderEntity* const entity = claim(reader);
+  if (entity == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
+  const DDS_StatusMask told = entity->core().silence();
+  if (!entity->core().is_free()) {
+    entity->core().resume(told);
     const MutexLock lock(mutex_);
-    const auto found = readers_.find(reader);
-    if (found == readers_.end()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-    ReaderCore& core = found->second->core();
-    if (core.in_listener() || !core.is_free()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-    deleted = std::move(found->second);
-    readers_.erase(found);
+    entity->being_deleted = false;
+    return DDS_RETCODE_PRECONDITION_NOT_MET;
   }
-  end(*deleted);
-  participant_.release(deleted->topic());
+  end(*entity);
+  participant_.release(entity->topic());
+  std::unique_ptr<ReaderEntity> deleted;
+  const MutexLock lock(mutex_);
+  const auto found = readers_.find(reader);
+  deleted = std::move(found->second);
+  readers_.erase(found);
   return DDS_RETCODE_OK;
 }
 

@@ -26,6 +26,8 @@ class SubscriberImpl final : public QuietEntity<DDSSubscriber> {
  private:
   DDSDataReader* create(const ReaderTopic& topic, const DDS_DataReaderQos& qos, DDSDataReaderListener* listener,
                         DDS_StatusMask mask) DDS_EXCLUDES(mutex_);
+  /// The reader, which then is the caller's to delete; null when it cannot be.
+  ReaderEntity* claim(DDSDataReader* reader) DDS_EXCLUDES(mutex_);
 
   ParticipantImpl& participant_;
   Mutex mutex_;

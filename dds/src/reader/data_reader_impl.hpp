@@ -26,6 +26,7 @@ class ReaderEntity {
   virtual const ReaderTopic& topic() = 0;
 
   std::unique_ptr<TransportReader> endpoint;  // the reader's presence in the transport
+  bool being_deleted = false;                 // under the subscriber's lock
 };
 
 /// The API of a data reader; `Api` is the typed class that the application may narrow to, or `DDSDataReader`.
