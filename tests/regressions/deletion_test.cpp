@@ -1,4 +1,6 @@
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <thread>
 
 #include "regressions/participant.hpp"
@@ -55,6 +57,52 @@ TEST_F(Deletion, AStatusThatAListenerWasToBeToldStaysChangedWhenTheListenerIsTak
   EXPECT_EQ(writer->write(sample, DDS_HANDLE_NIL), DDS_RETCODE_OK);
   EXPECT_EQ(listener.calls, 1);
   EXPECT_NE(listener.changes_of_other & DDS_DATA_AVAILABLE_STATUS, 0u);
+}
+
+/// Holds a loan while it is called, for as long as a deletion from another thread needs to begin.
+struct LendingListener : DDSDataReaderListener {
+  void on_data_available(DDSDataReader* told) override {
+    auto* reader = DDSStringDataReader::narrow(told);
+    DDS_StringSeq samples;
+    DDS_SampleInfoSeq infos;
+    reader->take(samples, infos, 1, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
+    lent.set_value();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    if (returns) { reader->return_loan(samples, infos); }
+    kept.swap(samples);
+    kept_infos.swap(infos);
+  }
+  std::promise<void> lent;
+  bool returns = true;
+  DDS_StringSeq kept;
+  DDS_SampleInfoSeq kept_infos;
+};
+
+TEST_F(Deletion, AReaderWhoseListenerIsAboutToReturnItsLoanIsDeletedWhenTheListenerHasReturned) {
+  LendingListener listener;
+  DDSDataReader* reader = create_reader(strings, reliable_reader_qos(), &listener);
+  auto* writer = DDSStringDataWriter::narrow(create_writer(strings));
+  const char* sample = "lent";
+  std::thread writing([&] { EXPECT_EQ(writer->write(sample, DDS_HANDLE_NIL), DDS_RETCODE_OK); });
+  listener.lent.get_future().wait();
+  EXPECT_EQ(participant->delete_datareader(reader), DDS_RETCODE_OK);
+  writing.join();
+}
+
+TEST_F(Deletion, AReaderThatCannotBeDeletedForALoanGoesOnTellingItsListener) {
+  LendingListener listener;
+  listener.returns = false;
+  auto* reader = DDSStringDataReader::narrow(create_reader(strings, reliable_reader_qos(), &listener));
+  auto* writer = DDSStringDataWriter::narrow(create_writer(strings));
+  const char* sample = "lent";
+  EXPECT_EQ(writer->write(sample, DDS_HANDLE_NIL), DDS_RETCODE_OK);
+  EXPECT_EQ(participant->delete_datareader(reader), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(reader->return_loan(listener.kept, listener.kept_infos), DDS_RETCODE_OK);
+
+  listener.lent = std::promise<void>();
+  listener.returns = true;
+  EXPECT_EQ(writer->write(sample, DDS_HANDLE_NIL), DDS_RETCODE_OK);
+  EXPECT_EQ(listener.lent.get_future().wait_for(std::chrono::seconds(0)), std::future_status::ready);
 }
 
 // Seen by the sanitizers: a thread destroyed its message with the pool that the other had just ended.
