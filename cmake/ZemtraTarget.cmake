@@ -6,6 +6,7 @@ add_compile_options("-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 function(zemtra_target target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                                            -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
   if(CMAKE_CXX_COMPILER_ID MATCHES Clang)

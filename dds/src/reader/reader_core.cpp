@@ -38,12 +38,13 @@ bool wants_no_writers_sample(const DDS_PropertyQosPolicy& properties) {
 DDSDataReader* ReadConditionImpl::get_datareader() { return &reader_.api(); }
 
 ReaderCore::ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, const DDS_DataReaderQos& qos)
-    : StatusDispatch(mutex_, api),
+    : StatusDispatch(api),
       api_(api),
       type_(type),
       qos_(qos),
       handle_(next_entity_handle()),
       bounded_(is_bounded(qos.resource_limits)),
+      mutex_(owner_lock().mutex),
       cache_(type, limits(qos), wants_no_writers_sample(qos.property)) {}
 
 ReaderCore::~ReaderCore() {
@@ -112,7 +113,7 @@ ReadConditionImpl* ReaderCore::make_condition(DDS_SampleStateMask sample_states,
       idle_conditions_ = condition->next_;
       --idle_condition_count_;
     } else {
-      condition = std::make_unique<ReadConditionImpl>(*this);
+      condition = std::make_unique<ReadConditionImpl>(*this, owner_lock());
     }
     condition->sample_states_ = sample_states;
     condition->view_states_ = view_states;
