@@ -193,20 +193,25 @@ DDS_ReturnCode_t ReaderCore::lend(const ReaderCache::Selection& selection, std::
 // The messages are released after the lock, because a type's own code may run when the last reference goes.
 DDS_ReturnCode_t ReaderCore::return_loan(void** data, DDS_SampleInfoSeq& infos) {
   if (data == nullptr || infos.has_ownership()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-  std::array<RefPtr<Message>, kFewMessages> few;
+  Message* few[kFewMessages];
+  std::size_t count = 0;
   Loan* many = nullptr;
   {
     const MutexLock lock(mutex_);
     Loan* loan = cache_.loans().end(data, infos.get_contiguous_buffer());
     if (loan == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-    if (loan->count <= few.size()) {
-      for (std::size_t i = 0; i < loan->count; ++i) { few[i] = RefPtr<Message>::adopt(loan->messages[i]); }
+    if (loan->count <= kFewMessages) {
+      while (count < loan->count) {
+        few[count] = loan->messages[count];
+        ++count;
+      }
       cache_.loans().recycle(loan);
     } else {
       many = loan;
     }
   }
   infos.unloan();
+  for (std::size_t i = 0; i < count; ++i) { few[i]->unref(); }
   if (many != nullptr) {
     for (std::size_t i = 0; i < many->count; ++i) { many->messages[i]->unref(); }
     const MutexLock lock(mutex_);
