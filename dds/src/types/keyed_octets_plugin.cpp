@@ -21,6 +21,7 @@ struct OwnKeyedOctets {
   }
 
   bool prepare() { return assign_string(view.key, key_capacity, ""); }
+  static bool writable(const View& source) { return source.key != nullptr && are_octets(source.value, source.length); }
   bool assign(const View& source) {
     return assign_string(view.key, key_capacity, source.key) &&
            assign_octets(view.value, view.length, value_capacity, source.value, source.length);

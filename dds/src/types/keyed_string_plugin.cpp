@@ -21,6 +21,7 @@ struct OwnKeyedString {
   }
 
   bool prepare() { return assign_string(view.key, key_capacity, "") && assign_string(view.value, value_capacity, ""); }
+  static bool writable(const View& source) { return source.key != nullptr && source.value != nullptr; }
   bool assign(const View& source) {
     return assign_string(view.key, key_capacity, source.key) && assign_string(view.value, value_capacity, source.value);
   }

@@ -17,6 +17,7 @@ struct OwnOctets {
   ~OwnOctets() { free_aligned(view.value); }
 
   bool prepare() { return true; }
+  static bool writable(const View& source) { return are_octets(source.value, source.length); }
   bool assign(const View& source) {
     return assign_octets(view.value, view.length, capacity, source.value, source.length);
   }

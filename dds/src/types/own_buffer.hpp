@@ -48,10 +48,15 @@ inline bool assign_string(char*& string, std::size_t& capacity, const char* sour
   return source != nullptr && assign_string(string, capacity, source, std::strlen(source));
 }
 
+/// Whether this is a buffer with its length: null only when there are no octets.
+inline bool are_octets(const DDS_Octet* octets, DDS_Long length) noexcept {
+  return length == 0 || (length > 0 && octets != nullptr);
+}
+
 /// Puts octets into the buffer of an own sample; refuses a negative length, and null octets unless there are none.
 inline bool assign_octets(DDS_Octet*& octets, DDS_Long& length, std::size_t& capacity, const DDS_Octet* source,
                           DDS_Long source_length) noexcept {
-  if (source_length < 0 || (source == nullptr && source_length > 0)) { return false; }
+  if (!are_octets(source, source_length)) { return false; }
   const auto size = static_cast<std::size_t>(source_length);
   if (!reserve(octets, capacity, size)) { return false; }
   if (size > 0) { std::memcpy(octets, source, size); }

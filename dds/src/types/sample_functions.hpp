@@ -12,6 +12,7 @@ namespace dds {
 /// The functions of a plugin, over a class of own samples. `Sample` is empty when it is made, and has
 ///   View               the application's representation, which lies at its beginning;
 ///   prepare            gives an empty sample the memory it needs;
+///   writable           whether a view can be written at all;
 ///   assign             copies a view, unless it cannot be written;
 ///   read               takes what a CdrReader reads, all or nothing;
 ///   put                hands a view's members to a CdrSize or a CdrWriter.
@@ -46,11 +47,14 @@ struct SampleFunctions {
     return static_cast<Sample*>(sample)->read(reader);
   }
 
+  static bool writable(const void* source) { return Sample::writable(view(source)); }
+
   /// The last two are null for a type without string members.
   static constexpr DDS_TypePlugin plugin(int (*find_string_member)(const char*),
                                          const char* (*string_member)(const void*, int)) {
-    return {sizeof(Sample), alignof(Sample), &construct, &destroy,           &copy,        &serialized_size, &serialize,
-            &deserialize,   nullptr,         nullptr,    find_string_member, string_member};
+    return {sizeof(Sample),     alignof(Sample), &construct,   &destroy, &copy,
+            &serialized_size,   &serialize,      &deserialize, nullptr,  nullptr,
+            find_string_member, string_member,   &writable};
   }
 };
 

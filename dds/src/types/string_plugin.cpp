@@ -17,6 +17,7 @@ struct OwnString {
   ~OwnString() { free_aligned(value); }
 
   bool prepare() { return assign_string(value, capacity, ""); }
+  static bool writable(const View& source) { return source != nullptr; }
   bool assign(const View& source) { return assign_string(value, capacity, source); }
   bool read(CdrReader& reader) {
     const CdrView text = reader.string();

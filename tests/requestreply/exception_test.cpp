@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+#include <requestreply/exception.hpp>
+
+#include <type_traits>
+
+#include "support/vtable.hpp"
+
+namespace {
+
+using zemtra::LogicException;
+using zemtra::Rethrowable;
+using zemtra::RuntimeException;
+
+template <class X>
+class EveryException : public ::testing::Test {
+ protected:
+  static constexpr bool runtime = std::is_base_of_v<RuntimeException, X>;
+  using Root = std::conditional_t<runtime, RuntimeException, LogicException>;
+  using OtherRoot = std::conditional_t<runtime, LogicException, RuntimeException>;
+  using Standard = std::conditional_t<runtime, std::runtime_error, std::logic_error>;
+  using OtherStandard = std::conditional_t<runtime, std::logic_error, std::runtime_error>;
+};
+
+using Exceptions =
+    ::testing::Types<RuntimeException, zemtra::TimeoutException, zemtra::OutOfResourcesException, LogicException,
+                     zemtra::UnsupportedException, zemtra::BadParameterException, zemtra::PreconditionNotMetException,
+                     zemtra::NotEnabledException, zemtra::ImmutablePolicyException, zemtra::InconsistentPolicyException,
+                     zemtra::AlreadyDeletedException, zemtra::IllegalOperationException>;
+TYPED_TEST_SUITE(EveryException, Exceptions);
+
+/// The class and the message of what `operation` throws.
+template <class Operation>
+std::pair<const std::type_info*, std::string> thrown_by(Operation operation) {
+  try {
+    operation();
+  } catch (const std::exception& ex) { return {&typeid(ex), ex.what()}; }
+  return {&typeid(void), "nothing thrown"};
+}
+
+TYPED_TEST(EveryException, BelongsToItsStandardCategoryAndItsRootAlone) {
+  EXPECT_TRUE((std::is_base_of_v<typename TestFixture::Standard, TypeParam>));
+  EXPECT_TRUE((std::is_base_of_v<typename TestFixture::Root, TypeParam>));
+  EXPECT_TRUE((std::is_base_of_v<Rethrowable, TypeParam>));
+  EXPECT_FALSE((std::is_base_of_v<typename TestFixture::OtherStandard, TypeParam>));
+  EXPECT_FALSE((std::is_base_of_v<typename TestFixture::OtherRoot, TypeParam>));
+}
+
+TYPED_TEST(EveryException, IsCaughtAcrossTheLibrarysBorderByEachOfItsBases) {
+  const auto raise = [] { TypeParam("M").raise(); };
+  EXPECT_THROW(raise(), TypeParam);
+  EXPECT_THROW(raise(), typename TestFixture::Root);
+  EXPECT_THROW(raise(), typename TestFixture::Standard);
+  EXPECT_THROW(raise(), Rethrowable);
+  EXPECT_THROW(raise(), std::exception);
+}
+
+TYPED_TEST(EveryException, HasTheStandardBaseFirstThenRethrowableAndNoDataOfItsOwn) {
+  TypeParam exception("M");
+  const char* begin = reinterpret_cast<const char*>(&exception);
+  EXPECT_EQ(reinterpret_cast<const char*>(static_cast<typename TestFixture::Standard*>(&exception)), begin);
+  EXPECT_EQ(reinterpret_cast<const char*>(static_cast<Rethrowable*>(&exception)),
+            begin + sizeof(typename TestFixture::Standard));
+  EXPECT_EQ(sizeof(TypeParam), sizeof(typename TestFixture::Standard) + sizeof(void*));
+}
+
+TYPED_TEST(EveryException, HasItsVirtualOperationsInOrder) {
+  const TypeParam exception("M");
+  const std::string slot_of_destructor = support::virtual_function(&exception, 0);
+  const std::string name = slot_of_destructor.substr(0, slot_of_destructor.find("::~"));
+  EXPECT_NE(slot_of_destructor.find("::~"), std::string::npos) << slot_of_destructor;
+  EXPECT_EQ(support::virtual_function(&exception, 1), slot_of_destructor);
+  EXPECT_EQ(support::virtual_function(&exception, 2),
+            TestFixture::runtime ? "std::runtime_error::what" : "std::logic_error::what");
+  EXPECT_EQ(support::virtual_function(&exception, 3), name + "::raise");
+  EXPECT_EQ(support::virtual_function(&exception, 4), name + "::rethrow");
+
+  const Rethrowable* rethrowable = &exception;
+  EXPECT_EQ(support::virtual_function(rethrowable, 0), "non-virtual thunk to " + name + "::rethrow");
+  EXPECT_EQ(support::virtual_function(rethrowable, 1), "non-virtual thunk to " + slot_of_destructor);
+}
+
+TYPED_TEST(EveryException, KeepsItsMessageAsItIsAlsoInACopy) {
+  for (const std::string msg : {"", "a message of more than fifteen characters", " %s: \n"}) {
+    const TypeParam exception(msg);
+    const TypeParam copy(exception);
+    EXPECT_EQ(exception.what(), msg);
+    EXPECT_EQ(copy.what(), msg);
+  }
+}
+
+TYPED_TEST(EveryException, IsRaisedThroughItsRootAsItself) {
+  TypeParam exception("M");
+  typename TestFixture::Root& root = exception;
+  const auto [type, msg] = thrown_by([&] { root.raise(); });
+  EXPECT_EQ(*type, typeid(TypeParam));
+  EXPECT_EQ(msg, "M");
+}
+
+TYPED_TEST(EveryException, IsRethrownAsItselfWithTheContextInFront) {
+  const TypeParam exception("M");
+  const Rethrowable& rethrowable = exception;
+  for (const std::string context : {"A", "", " a context of more than fifteen characters "}) {
+    const auto [type, msg] = thrown_by([&] { rethrowable.rethrow(context); });
+    EXPECT_EQ(*type, typeid(TypeParam));
+    EXPECT_EQ(msg, context + " caused by M");
+  }
+  EXPECT_STREQ(exception.what(), "M");
+}
+
+TYPED_TEST(EveryException, NestsContextsWithTheNewestFirst) {
+  const auto [type, msg] = thrown_by([] {
+    try {
+      static_cast<const Rethrowable&>(TypeParam("")).rethrow("B");
+    } catch (const Rethrowable& ex) { ex.rethrow("A"); }
+  });
+  EXPECT_EQ(*type, typeid(TypeParam));
+  EXPECT_EQ(msg, "A caused by B caused by ");
+}
+
+}  // namespace

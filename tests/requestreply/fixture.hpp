@@ -1,0 +1,148 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <dds/builtin_types.hpp>
+#include <dds/domain_participant_factory.hpp>
+#include <requestreply/requestreply.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/faulty_participant.hpp"
+#include "support/log_recorder.hpp"
+
+namespace requestreply_test {
+
+using support::Call;
+using support::Fault;
+using support::Seam;
+using zemtra::details::EntityParams;
+using zemtra::details::EntityUntypedImpl;
+using zemtra::details::ReplierUntypedImpl;
+using zemtra::details::RequesterUntypedImpl;
+
+constexpr DDS_Duration_t kShort{0, 1000000};
+constexpr DDS_Duration_t kLong{60, 0};
+
+/// What a typed front end for strings supplies.
+const char* register_string(DDSTypeSupport* type_support, DDSDomainParticipant* participant);
+constexpr int kSampleSize = sizeof(char*);
+
+/// Parameters that tests fill as a builder for repliers would.
+struct OpenParams : EntityParams {
+  explicit OpenParams(DDSDomainParticipant* participant) : EntityParams(participant) {}
+  using EntityParams::datareader_qos_;
+  using EntityParams::datareader_type_support_;
+  using EntityParams::datawriter_qos_;
+  using EntityParams::datawriter_type_support_;
+  using EntityParams::publisher_;
+  using EntityParams::qos_library_name_;
+  using EntityParams::qos_profile_name_;
+  using EntityParams::reply_topic_name_;
+  using EntityParams::request_topic_name_;
+  using EntityParams::service_name_;
+  using EntityParams::subscriber_;
+};
+
+/// An entity whose members tests can see.
+template <class Base>
+struct Open : Base {
+  using Base::any_sample_condition;
+  using Base::Base;
+  using Base::finalized;
+  using Base::max_samples_per_read;
+  using Base::not_read_condition;
+  using Base::owns_reader_cft;
+  using Base::participant;
+  using Base::publisher;
+  using Base::reader;
+  using Base::reader_topic;
+  using Base::sample_flag;
+  using Base::sample_size;
+  using Base::subscriber;
+  using Base::waitset;
+  using Base::writer;
+  using Base::writer_topic;
+};
+
+/// A loan that goes back to its entity.
+class Loan {
+ public:
+  explicit Loan(EntityUntypedImpl& entity) : entity_(entity) {}
+  ~Loan() { give_back(); }
+  Loan(const Loan&) = delete;
+  Loan& operator=(const Loan&) = delete;
+
+  void give_back() {
+    if (infos.length() > 0) { entity_.return_loan(data, infos); }
+  }
+  std::vector<std::string> texts() const;
+
+  void** data = nullptr;
+  int count = -1;
+  DDS_SampleInfoSeq infos;
+
+ private:
+  EntityUntypedImpl& entity_;
+};
+
+/// A participant whose calls can be made to fail; at the end nothing but topics may be left in it.
+class RequestReply : public ::testing::Test {
+ protected:
+  RequestReply();
+  ~RequestReply() override;
+  void TearDown() override;
+
+  zemtra::RequesterParams requester_params();
+  OpenParams replier_params();
+  std::unique_ptr<Open<RequesterUntypedImpl>> make_requester();
+  std::unique_ptr<Open<RequesterUntypedImpl>> make_requester(const zemtra::RequesterParams& params);
+  std::unique_ptr<Open<ReplierUntypedImpl>> make_replier();
+  std::unique_ptr<Open<ReplierUntypedImpl>> make_replier(const EntityParams& params);
+
+  DDSTopic* make_topic(const std::string& name);
+  DDSContentFilteredTopic* make_filtered_topic(const std::string& name, DDSTopic* topic);
+  /// Deletes what a test has left in the participant on purpose.
+  void delete_leftovers();
+
+  static DDS_SampleIdentity_t send(EntityUntypedImpl& entity, const std::string& text);
+  static void reply(ReplierUntypedImpl& replier, const DDS_SampleIdentity_t& request, const std::string& text);
+  /// The texts of all samples that the entity holds, which are taken.
+  static std::vector<std::string> take_all(EntityUntypedImpl& entity);
+  /// The texts of all replies to the request, which are taken.
+  static std::vector<std::string> take_replies(RequesterUntypedImpl& requester, const DDS_SampleIdentity_t& request);
+  /// The sample states of all samples that the entity holds.
+  static std::vector<DDS_SampleStateMask> sample_states(DDSDataReader& reader);
+  /// The messages of the library's log lines.
+  std::vector<std::string> logged() const;
+
+  support::LogRecorder log_;
+  DDSDomainParticipant* real_participant_;
+  std::unique_ptr<support::FaultyParticipant> participant_;
+};
+
+/// The exception that `operation` throws; fails the test when it throws none, or one of another class.
+template <class Exception, class Operation>
+std::string message_of(Operation operation) {
+  try {
+    operation();
+  } catch (const Exception& ex) {
+    EXPECT_EQ(typeid(ex), typeid(Exception)) << ex.what();
+    return ex.what();
+  } catch (const std::exception& ex) {
+    ADD_FAILURE() << "an exception of another class: " << ex.what();
+    return "";
+  }
+  ADD_FAILURE() << "no exception";
+  return "";
+}
+
+/// The message of an exception that a report with these arguments throws.
+std::string report(const std::string& context, const QVXLogMessage& log_template, const std::string& msg);
+
+MATCHER_P3(FailureLine, unit, context, text, "") {
+  return arg.level == 2 && arg.file.rfind(unit, 0) == 0 && arg.line > 0 && arg.context == context && arg.text == text;
+}
+
+}  // namespace requestreply_test

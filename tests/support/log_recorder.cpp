@@ -1,0 +1,53 @@
+#include "support/log_recorder.hpp"
+
+#include <ostream>
+
+namespace support {
+
+std::ostream& operator<<(std::ostream& out, const LogLine& line) {
+  return out << "{level " << line.level << ", " << line.file << ":" << line.line << ", " << line.context << ": "
+             << line.text << "}";
+}
+
+std::string filled(const QVXLogMessage& log_template, const std::string& argument) {
+  std::string text = log_template.format;
+  return text.replace(text.find("%s"), 2, argument);
+}
+
+LogRecorder::LogRecorder()
+    : instrumentation_mask_(DDSLog_g_instrumentationMask), submodule_mask_(DDSLog_g_submoduleMask) {
+  DDSLog_set_sink(&LogRecorder::record, this);
+}
+
+LogRecorder::~LogRecorder() {
+  DDSLog_set_sink(nullptr, nullptr);
+  DDSLog_g_instrumentationMask = instrumentation_mask_;
+  DDSLog_g_submoduleMask = submodule_mask_;
+}
+
+std::vector<LogLine> LogRecorder::lines() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return lines_;
+}
+
+std::vector<LogLine> LogRecorder::other_lines() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return other_lines_;
+}
+
+void LogRecorder::clear() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  lines_.clear();
+  other_lines_.clear();
+}
+
+void LogRecorder::record(void* param, int level, const char* file, int line, const char* context,
+                         const QVXLogMessage* log_template, const char* text) {
+  LogRecorder& recorder = *static_cast<LogRecorder*>(param);
+  const LogLine entry{level, file, line, context, log_template, text};
+  const std::lock_guard<std::mutex> lock(recorder.mutex_);
+  const bool ours = entry.file.compare(0, 13, "requestreply/") == 0;
+  (ours ? recorder.lines_ : recorder.other_lines_).push_back(entry);
+}
+
+}  // namespace support
