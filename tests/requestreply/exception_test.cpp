@@ -26,7 +26,7 @@ using Exceptions =
                      zemtra::UnsupportedException, zemtra::BadParameterException, zemtra::PreconditionNotMetException,
                      zemtra::NotEnabledException, zemtra::ImmutablePolicyException, zemtra::InconsistentPolicyException,
                      zemtra::AlreadyDeletedException, zemtra::IllegalOperationException>;
-TYPED_TEST_SUITE(EveryException, Exceptions);
+TYPED_TEST_SUITE(EveryException, Exceptions, );
 
 /// The class and the message of what `operation` throws.
 template <class Operation>
