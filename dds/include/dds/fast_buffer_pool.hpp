@@ -17,9 +17,9 @@ struct MORAFastBufferPoolProperty {
   int reserved[3];          ///< must be 0
 };
 
-/// Builds the object in a fresh buffer; 1 on success, 0 on failure. Must not throw.
+/// Builds the object in a fresh buffer; 1 on success, 0 on failure. Must not throw nor use the pool.
 typedef int (*MORAFastBufferPoolInitialize)(void* buffer, void* param);
-/// Destroys the object in a buffer; the memory stays the pool's. Must not throw.
+/// Destroys the object in a buffer; the memory stays the pool's. Must not throw nor use the pool.
 typedef void (*MORAFastBufferPoolFinalize)(void* buffer, void* param);
 
 /// Makes a pool of buffers of `buffer_size` octets aligned to `alignment` (a power of two). `name` appears in log lines

@@ -9,8 +9,11 @@
 template <class T>
 struct DDSValueElement {
   static void initialize(T& element) { element = T(); }
+  /// False when the value has memory of its own and there is none left.
   static bool copy(T& destination, const T& source) {
-    destination = source;
+    try {
+      destination = source;
+    } catch (const std::bad_alloc&) { return false; }
     return true;
   }
   static void finalize(T& /*element*/) {}
@@ -37,7 +40,8 @@ class DDSSequence {
  public:
   using value_type = T;
 
-  explicit DDSSequence(int maximum = 0) {
+  DDSSequence() noexcept = default;
+  explicit DDSSequence(int maximum) {
     if (!this->maximum(maximum)) { throw std::bad_alloc(); }
   }
   DDSSequence(const DDSSequence& other) {
@@ -121,8 +125,8 @@ class DDSSequence {
   T& operator[](int i) { return pointers_ != nullptr ? *pointers_[i] : elements_[i]; }
   const T& operator[](int i) const { return pointers_ != nullptr ? *pointers_[i] : elements_[i]; }
 
-  /// Makes this a deep copy of `other`, in place where it fits; false when memory is exhausted or a lent buffer is too
-  /// small.
+  /// Makes this a deep copy of `other`, in place where it fits; false when a lent buffer is too small, or when memory
+  /// is exhausted: the length is then as before, and the elements hold values of either sequence.
   bool assign(const DDSSequence& other) {
     if (this == &other) { return true; }
     if (other.length_ > maximum_ && !maximum(other.length_)) { return false; }

@@ -42,4 +42,6 @@ struct DDS_TypePlugin {
   int (*find_string_member)(const char* name);
   /// The string member with that number; null when the sample has none. Set exactly when `find_string_member` is.
   const char* (*string_member)(const void* sample, int member);
+  /// Whether `source`, the application's, can be written at all: tells the two failures of `copy` apart. Null: always.
+  bool (*writable)(const void* source);
 };

@@ -1,0 +1,107 @@
+// What a round trip between a requester and a replier costs, against the least that handing over the same octets costs.
+
+#include <cstdlib>
+#include <iostream>
+
+#include "support/arguments.hpp"
+#include "support/compare.hpp"
+#include "support/floor.hpp"
+#include "support/json_line.hpp"
+#include "support/service.hpp"
+
+namespace bench {
+namespace {
+
+constexpr long window = 32;
+constexpr const char* usage =
+    "usage: round_trip [--mode blocking,listener,pipelined] [--payload 64,1024,...] [--pin same,split,free]\n"
+    "                  [--rounds 15] [--count round trips in a turn, 0 for about 40 ms]\n";
+
+struct Case {
+  std::string mode;
+  std::string pin;
+  std::size_t payload;
+  long rounds;
+  long count;
+};
+
+Comparison measure_blocking(const Case& c, Placement placement) {
+  Service service(0, Answer::in_thread, c.payload, placement);
+  ThreadFloor floor(1, c.payload, placement);
+  return compare([&](long count) { service.run(count); }, [&](long count) { floor.run(count); }, c.rounds, c.count);
+}
+
+Comparison measure_listener(const Case& c, Placement placement) {
+  Service service(0, Answer::in_listener, c.payload, placement);
+  CallFloor floor(c.payload);
+  return compare([&](long count) { service.run(count); }, [&](long count) { floor.run(count); }, c.rounds, c.count);
+}
+
+Comparison measure_pipelined(const Case& c, Placement placement) {
+  Service service(0, Answer::in_thread, c.payload, placement);
+  ThreadFloor floor(window, c.payload, placement);
+  return compare([&](long count) { service.requester().run_pipelined(count, window); },
+                 [&](long count) { floor.run(count); }, c.rounds, c.count);
+}
+
+Comparison measure(const Case& c, Placement placement) {
+  if (c.mode == "blocking") { return measure_blocking(c, placement); }
+  if (c.mode == "listener") { return measure_listener(c, placement); }
+  return measure_pipelined(c, placement);
+}
+
+void print(const Case& c, const Comparison& result) {
+  JsonLine()
+      .text("benchmark", "round_trip")
+      .text("mode", c.mode)
+      .count("payload", static_cast<long>(c.payload))
+      .text("pin", c.pin)
+      .count("rounds", c.rounds)
+      .count("round_trips", result.round_trips)
+      .figure("ns", result.subject_ns, 1)
+      .figure("floor_ns", result.reference_ns, 1)
+      .figure("requests_per_s", 1e9 / result.subject_ns, 0)
+      .figure("floor_requests_per_s", 1e9 / result.reference_ns, 0)
+      .figure("ratio", result.ratio)
+      .figure("ratio_of_pairs", result.ratio_of_pairs)
+      .figure("allocs_per_round_trip", result.allocations, 6)
+      .print();
+}
+
+void run(const Case& c) {
+  const Placement placement = placement_of(c.pin);
+  // One thread cannot be on two processors.
+  if (placement == Placement::split && c.mode == "listener") { return; }
+  if (!is_possible(placement)) {
+    std::cerr << "round_trip: too few processors for --pin " << c.pin << '\n';
+    return;
+  }
+  place_this_thread(placement, Side::requester);
+  print(c, measure(c, placement));
+}
+
+void run_all(const Arguments& arguments) {
+  const auto modes = arguments.choice("mode", "blocking,listener,pipelined", {"blocking", "listener", "pipelined"});
+  const auto pins = arguments.choice("pin", "same,split,free", {"same", "split", "free"});
+  for (const std::string& pin : pins) {
+    for (const std::string& mode : modes) {
+      for (const long payload : arguments.numbers("payload", "64,1024,65536,1048576")) {
+        run({mode, pin, static_cast<std::size_t>(payload), std::max(1L, arguments.number("rounds", 15)),
+             arguments.number("count", 0)});
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  try {
+    bench::run_all(bench::Arguments(argc, argv, {"mode", "payload", "pin", "rounds", "count"}));
+    return EXIT_SUCCESS;
+  } catch (const std::invalid_argument& fault) {
+    std::cerr << "round_trip: " << fault.what() << '\n' << bench::usage;
+  } catch (const std::exception& fault) { std::cerr << "round_trip: " << fault.what() << '\n'; }
+  return EXIT_FAILURE;
+}

@@ -1,0 +1,40 @@
+#include "support/payload.hpp"
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <new>
+#include <stdexcept>
+
+namespace bench {
+
+Payload::Payload(std::size_t size) {
+  if (size < sizeof(std::uint64_t) || size > INT_MAX) { throw std::invalid_argument("a payload of impossible size"); }
+  octets_.reset(DDS_OctetBuffer_alloc(size));
+  if (octets_ == nullptr) { throw std::bad_alloc(); }
+  std::memset(octets_.get(), 0x5a, size);
+  sample_.length = static_cast<DDS_Long>(size);
+  sample_.value = octets_.get();
+}
+
+void Payload::set_tag(std::uint64_t tag) { std::memcpy(octets_.get(), &tag, sizeof tag); }
+
+std::uint64_t tag_of(const DDS_Octet* octets) {
+  std::uint64_t tag = 0;
+  std::memcpy(&tag, octets, sizeof tag);
+  return tag;
+}
+
+void check_tag(std::uint64_t tag, std::uint64_t expected) {
+  if (tag == expected) { return; }
+  std::cerr << "tag " << tag << " in place of " << expected << '\n';
+  fail("a round trip went wrong");
+}
+
+void fail(const char* reason) {
+  std::cerr << "benchmark failed: " << reason << std::endl;
+  std::_Exit(EXIT_FAILURE);
+}
+
+}  // namespace bench

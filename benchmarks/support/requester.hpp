@@ -1,0 +1,37 @@
+#pragma once
+
+#include "support/entities.hpp"
+#include "support/payload.hpp"
+
+namespace bench {
+
+/// Sends requests and receives their replies, in the ways that are measured.
+class Requester {
+ public:
+  Requester(const Participant& participant, std::size_t payload);
+
+  /// One request at a time, whose reply is waited for.
+  void run_blocking(long count);
+  /// One request at a time, whose reply is there as soon as the request has been sent.
+  void run_listener(long count);
+  /// As many as `window` requests under way, whose replies are taken as they come.
+  void run_pipelined(long count, long window);
+  /// Sends requests and leaves their replies in the reader.
+  void leave_unread(long count);
+  /// Ends the thread that answers.
+  void send_stop();
+
+ private:
+  void send();
+  void take_reply();
+  long take_arrived();
+  void check(const Loan& loan, int i, std::uint64_t expected_tag) const;
+
+  zemtra::details::RequesterUntypedImpl requester_;
+  Payload request_;
+  DDS_WriteParams_t params_;        // holds the identity of the last request
+  std::uint64_t sent_tag_ = 0;      // of the last request
+  std::uint64_t received_tag_ = 0;  // of the last reply taken
+};
+
+}  // namespace bench

@@ -1,0 +1,90 @@
+#include "condition/status_dispatch.hpp"
+
+#include <dds/log.hpp>
+#include <exception>
+
+#include "log/log.hpp"
+#include "util/futex.hpp"
+
+namespace dds {
+
+namespace {
+// Its address names the thread.
+thread_local const char this_thread = 0;
+}  // namespace
+
+StatusDispatch::StatusDispatch(Mutex& lock, DDSEntity& entity) : lock_(lock), condition_(*this, entity) {}
+
+StatusDispatch::~StatusDispatch() = default;
+
+void StatusDispatch::change(DDS_StatusMask changes, Notifications& notifications) {
+  changes_ = changes;
+  condition_.core().set((changes_ & enabled_) != 0, notifications);
+}
+
+bool StatusDispatch::in_listener() const { return teller_.load(std::memory_order_relaxed) == &this_thread; }
+
+void StatusDispatch::silence() {
+  {
+    const MutexLock lock(lock_);
+    mask_ = 0;
+  }
+  if (in_listener()) { return; }
+  std::uint32_t state = state_.load(std::memory_order_acquire);
+  while ((state & kRunning) != 0) {
+    if (state_.compare_exchange_weak(state, state | kAwaited, std::memory_order_acq_rel)) {
+      Deadline never(DDS_DURATION_INFINITE);
+      futex_wait(state_, state | kAwaited, never);
+      state = state_.load(std::memory_order_acquire);
+    }
+  }
+}
+
+// Whoever waits in `silence` may destroy this object as soon as kRunning is gone, so nothing but the address is used
+// afterwards.
+void StatusDispatch::run() {
+  std::uint32_t state = state_.load(std::memory_order_acquire);
+  for (;;) {
+    const DDS_StatusMask statuses = state & ~(kRunning | kAwaited);
+    if (statuses != 0) {
+      state_.fetch_and(~statuses, std::memory_order_acq_rel);
+      tell_all(statuses);
+      state = state_.load(std::memory_order_acquire);
+    } else if (state_.compare_exchange_weak(state, 0, std::memory_order_acq_rel)) {
+      if ((state & kAwaited) != 0) { futex_wake(state_, 0x7fffffff); }
+      return;
+    }
+  }
+}
+
+void StatusDispatch::tell_all(DDS_StatusMask statuses) {
+  teller_.store(&this_thread, std::memory_order_relaxed);
+  for (; statuses != 0; statuses &= statuses - 1) {
+    try {
+      tell(statuses & -statuses);
+    } catch (const std::exception& error) {
+      DDS_LOG_FAILURE("listener", QVX_LOG_ANY_FAILURE_s, "exception from a listener: %s", error.what());
+    } catch (...) { DDS_LOG_FAILURE("listener", QVX_LOG_ANY_FAILURE_s, "exception from a listener"); }
+  }
+  teller_.store(nullptr, std::memory_order_relaxed);
+}
+
+StatusDispatch::Condition::~Condition() {
+  core_->detach_all();
+  core_->unref();
+}
+
+DDS_ReturnCode_t StatusDispatch::Condition::set_enabled_statuses(DDS_StatusMask mask) {
+  Notifications notifications;
+  const MutexLock lock(dispatch_.lock_);
+  dispatch_.enabled_ = mask;
+  dispatch_.change(dispatch_.changes_, notifications);
+  return DDS_RETCODE_OK;
+}
+
+DDS_StatusMask StatusDispatch::Condition::get_enabled_statuses() {
+  const MutexLock lock(dispatch_.lock_);
+  return dispatch_.enabled_;
+}
+
+}  // namespace dds

@@ -1,0 +1,26 @@
+#include <utility>
+
+#include "condition/condition_core.hpp"
+
+DDSWaitSet::DDSWaitSet() : core_(new dds::WaitSetCore) {}
+
+DDSWaitSet::~DDSWaitSet() {
+  core_->detach_all();
+  core_->unref();
+}
+
+DDS_ReturnCode_t DDSWaitSet::attach_condition(DDSCondition* condition) {
+  return condition == nullptr ? DDS_RETCODE_BAD_PARAMETER : core_->attach(condition);
+}
+
+DDS_ReturnCode_t DDSWaitSet::detach_condition(DDSCondition* condition) {
+  return condition == nullptr ? DDS_RETCODE_BAD_PARAMETER : core_->detach(condition);
+}
+
+DDS_ReturnCode_t DDSWaitSet::get_conditions(DDSConditionSeq& conditions) { return core_->get_conditions(conditions); }
+
+DDS_ReturnCode_t DDSWaitSet::wait(DDSConditionSeq& active_conditions, const DDS_Duration_t& timeout) {
+  return core_->wait(active_conditions, timeout);
+}
+
+void DDSWaitSet::swap(DDSWaitSet& other) noexcept { std::swap(core_, other.core_); }

@@ -1,0 +1,125 @@
+#include "in_process/topic_bus.hpp"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "in_process/in_process_endpoints.hpp"
+#include "log/log.hpp"
+#include "qos/qos_check.hpp"
+
+namespace dds {
+
+namespace {
+
+struct Registry {
+  Mutex mutex;
+  std::map<std::pair<DDS_DomainId_t, std::string>, std::weak_ptr<TopicBus>> buses DDS_GUARDED_BY(mutex);
+};
+
+// Never destroyed: entities may outlive the static objects of the program.
+Registry& registry() {
+  static auto* const instance = new Registry;
+  return *instance;
+}
+
+template <class Endpoint>
+void erase(std::vector<Endpoint*>& endpoints, Endpoint& endpoint) {
+  const auto found = std::find(endpoints.begin(), endpoints.end(), &endpoint);
+  if (found == endpoints.end()) { return; }
+  *found = endpoints.back();
+  endpoints.pop_back();
+}
+
+}  // namespace
+
+/// What came of introducing a new endpoint to those that are there. Declared before the bus is locked, since telling
+/// waits for the unlock.
+struct TopicBus::Introduction {
+  explicit Introduction(const std::string& name) : topic_name(name) {}
+  ~Introduction() {
+    for (const char* reason : mismatches) {
+      DDS_LOG_FAILURE("match", QVX_LOG_ANY_FAILURE_s, "writer and reader of topic \"%s\" do not match: %s",
+                      topic_name.c_str(), reason);
+    }
+  }
+  const std::string& topic_name;
+  std::vector<const char*> mismatches;  // static texts
+  Notifications notifications;
+};
+
+std::shared_ptr<TopicBus> TopicBus::get(DDS_DomainId_t domain, const std::string& topic_name) {
+  Registry& all = registry();
+  const MutexLock lock(all.mutex);
+  std::weak_ptr<TopicBus>& known = all.buses[{domain, topic_name}];
+  std::shared_ptr<TopicBus> bus = known.lock();
+  if (bus == nullptr) {
+    bus = std::shared_ptr<TopicBus>(new TopicBus, [key = std::make_pair(domain, topic_name)](TopicBus* gone) {
+      delete gone;
+      const MutexLock relock(registry().mutex);
+      const auto found = registry().buses.find(key);
+      if (found != registry().buses.end() && found->second.expired()) { registry().buses.erase(found); }
+    });
+    known = bus;
+  }
+  return bus;
+}
+
+void TopicBus::introduce(Introduction& introduction, InProcessWriter& writer, InProcessReader& reader) {
+  if (writer.type_name() != reader.type_name()) {
+    introduction.mismatches.push_back("their types have different names");
+    return;
+  }
+  const DDS_QosPolicyId_t policy = incompatible_policy(writer.sink().qos(), reader.sink().qos());
+  if (policy == DDS_INVALID_QOS_POLICY_ID) {
+    writer.connect(reader, introduction.notifications);
+    return;
+  }
+  introduction.mismatches.push_back(policy_name(policy));
+  writer.sink().count_incompatible(policy, introduction.notifications);
+  reader.sink().count_incompatible(policy, introduction.notifications);
+}
+
+void TopicBus::add(InProcessWriter& writer) {
+  Introduction introduction(writer.topic_name());
+  const MutexLock lock(mutex_);
+  writers_.reserve(writers_.size() + 1);
+  introduction.mismatches.reserve(readers_.size());
+  try {
+    for (InProcessReader* reader : readers_) { introduce(introduction, writer, *reader); }
+  } catch (const std::bad_alloc&) {
+    for (InProcessReader* reader : readers_) { writer.disconnect(*reader, introduction.notifications); }
+    throw;
+  }
+  writers_.push_back(&writer);
+}
+
+void TopicBus::add(InProcessReader& reader) {
+  Introduction introduction(reader.topic_name());
+  const MutexLock lock(mutex_);
+  readers_.reserve(readers_.size() + 1);
+  introduction.mismatches.reserve(writers_.size());
+  try {
+    for (InProcessWriter* writer : writers_) { introduce(introduction, *writer, reader); }
+  } catch (const std::bad_alloc&) {
+    for (InProcessWriter* writer : writers_) { writer->disconnect(reader, introduction.notifications); }
+    throw;
+  }
+  readers_.push_back(&reader);
+}
+
+void TopicBus::remove(InProcessWriter& writer) {
+  Notifications notifications;
+  const MutexLock lock(mutex_);
+  erase(writers_, writer);
+  for (InProcessReader* reader : readers_) { writer.disconnect(*reader, notifications); }
+}
+
+void TopicBus::remove(InProcessReader& reader) {
+  Notifications notifications;
+  const MutexLock lock(mutex_);
+  erase(readers_, reader);
+  for (InProcessWriter* writer : writers_) { writer->disconnect(reader, notifications); }
+}
+
+}  // namespace dds

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <atomic>
+#include <dds/data_reader.hpp>
+#include <dds/listener.hpp>
+#include <string>
+#include <vector>
+
+#include "cache/reader_cache.hpp"
+#include "condition/status_dispatch.hpp"
+#include "reader/read_condition.hpp"
+#include "util/futex.hpp"
+#include "util/handles.hpp"
+#include "util/mutex.hpp"
+
+namespace dds {
+
+/// A data reader without its API: the cache under the reader's lock, conditions, statuses and loans. It is also the
+/// sink into which a transport delivers.
+class ReaderCore final : public DDS_DataReader, public StatusDispatch {
+ public:
+  /// `api` is the object that the application sees. Throws `std::bad_alloc`.
+  ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, const DDS_DataReaderQos& qos);
+  ~ReaderCore() override;
+
+  DDSDataReader& api() const { return api_; }
+  const DDS_DataReaderQos& qos() const { return qos_; }
+  DDS_InstanceHandle_t handle() const { return handle_; }
+
+  // For transports. A writer that is matched is added first and removed last; it delivers one sample after the other.
+
+  enum class Admission { accepted, dropped, full, no_memory };
+  struct Reservation {
+    Entry* entry = nullptr;  // null when the sample is dropped
+    ReaderCache::Refusal why = ReaderCache::Refusal::none;
+  };
+  /// Throws `std::bad_alloc`.
+  RemoteWriter* add_writer(DDS_InstanceHandle_t handle, bool reliable, Notifications& notifications)
+      DDS_EXCLUDES(mutex_);
+  void remove_writer(RemoteWriter* writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  void count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// Takes a sample in. A reliable sample that finds the reader full is not counted as dropped: `full`, and the caller
+  /// must follow with `wait_for_space`.
+  Admission deliver(const RefPtr<Message>& message, RemoteWriter& writer, Notifications& notifications)
+      DDS_EXCLUDES(mutex_);
+  /// The same in two steps: a place for the sample, which is then either committed or cancelled. A sample that is
+  /// `dropped` is committed too, and counted then.
+  Admission reserve(const RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation)
+      DDS_EXCLUDES(mutex_);
+  void commit(const Reservation& reservation, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  void cancel(const Reservation& reservation) DDS_EXCLUDES(mutex_);
+  /// After `full`, with the ticket left in the writer: blocks until the reader may have room, or the deadline. Call it
+  /// without any lock; the reader stays alive meanwhile.
+  void wait_for_space(std::uint32_t ticket, Deadline& deadline);
+  /// No sample comes any more: lets blocked writers go and waits until they are gone.
+  void release_blocked_writers();
+
+  // For the API.
+
+  DDSReadCondition* create_readcondition(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                         DDS_InstanceStateMask instance_states) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t create_index(const char* name) DDS_EXCLUDES(mutex_);
+  DDSReadCondition* create_index_condition(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                           DDS_InstanceStateMask instance_states, const char* index_name,
+                                           const DDS_SampleInfo& key) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t delete_readcondition(DDSReadCondition* condition) DDS_EXCLUDES(mutex_);
+  void delete_all_readconditions() DDS_EXCLUDES(mutex_);
+
+  /// `condition` is null when `states` is to be used.
+  DDS_ReturnCode_t read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples, StateMask states,
+                                DDS_ReadCondition* condition, bool take) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t return_loan(void** data, DDS_SampleInfoSeq& infos) DDS_EXCLUDES(mutex_);
+  DDS_InstanceHandle_t lookup_instance(const void* data) DDS_EXCLUDES(mutex_);
+
+  DDS_ReturnCode_t set_listener(DDSDataReaderListener* listener, DDS_StatusMask mask);
+  DDSDataReaderListener* listener() const { return listener_.load(std::memory_order_acquire); }
+  DDS_StatusMask status_changes() DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_status(DDS_RequestedIncompatibleQosStatus& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_status(DDS_SampleLostStatus& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_status(DDS_SampleRejectedStatus& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_status(DDS_SubscriptionMatchedStatus& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_matched_publications(DDS_InstanceHandleSeq& handles) DDS_EXCLUDES(mutex_);
+  /// Whether the reader may be deleted: it has no loan outstanding and no condition.
+  bool is_free() DDS_EXCLUDES(mutex_);
+
+ private:
+  static constexpr std::size_t kMostIdleConditions = 64;
+  static constexpr std::size_t kFewMessages = 8;
+
+  void tell(DDS_StatusMask status) override;
+  template <class Status>
+  DDS_ReturnCode_t read_status(DDS_StatusMask mask, Status ReaderCore::*own, Status& status) DDS_EXCLUDES(mutex_);
+  Admission try_reserve(const RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation)
+      DDS_REQUIRES(mutex_);
+  void settle(const Reservation& reservation, Notifications& notifications) DDS_REQUIRES(mutex_);
+  ReadConditionImpl* make_condition(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                    DDS_InstanceStateMask instance_states, const std::uint64_t* key,
+                                    Notifications& notifications) DDS_REQUIRES(mutex_);
+  void drop_condition(ReadConditionImpl* condition) DDS_REQUIRES(mutex_);
+  DDS_ReturnCode_t lend(const ReaderCache::Selection& selection, std::size_t most, bool take, Loan*& loan)
+      DDS_EXCLUDES(mutex_);
+
+  DDSDataReader& api_;
+  const DDS_TypePlugin type_;
+  const DDS_DataReaderQos qos_;
+  const DDS_InstanceHandle_t handle_;
+  const bool bounded_;  // has limits, so that writers may have to wait
+
+  Mutex mutex_;
+  ReaderCache cache_ DDS_GUARDED_BY(mutex_);
+  std::vector<std::string> index_names_ DDS_GUARDED_BY(mutex_);
+  std::vector<RemoteWriter*> writers_ DDS_GUARDED_BY(mutex_);
+  IntrusiveList<ReadConditionImpl, &ReadConditionImpl::in_reader> conditions_ DDS_GUARDED_BY(mutex_);
+  ReadConditionImpl* idle_conditions_ DDS_GUARDED_BY(mutex_) = nullptr;
+  std::size_t idle_condition_count_ DDS_GUARDED_BY(mutex_) = 0;
+
+  DDS_RequestedIncompatibleQosStatus incompatible_ DDS_GUARDED_BY(mutex_);
+  DDS_SampleLostStatus lost_ DDS_GUARDED_BY(mutex_);
+  DDS_SampleRejectedStatus rejected_ DDS_GUARDED_BY(mutex_);
+  DDS_SubscriptionMatchedStatus matched_ DDS_GUARDED_BY(mutex_);
+  std::atomic<DDSDataReaderListener*> listener_{nullptr};
+
+  EventCount space_;                       // advanced when samples leave a bounded reader
+  std::atomic<std::uint32_t> blocked_{0};  // writers between `full` and the end of `wait_for_space`
+};
+
+}  // namespace dds

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <atomic>
+#include <dds/data_writer.hpp>
+#include <dds/listener.hpp>
+#include <vector>
+
+#include "cache/message.hpp"
+#include "condition/status_dispatch.hpp"
+#include "transport/transport.hpp"
+#include "util/handles.hpp"
+#include "util/mutex.hpp"
+
+namespace dds {
+
+/// A data writer without its API: makes messages of the application's data and hands them to the transport; also where
+/// the transport tells of matches.
+class WriterCore final : public DDS_DataWriter, public StatusDispatch {
+ public:
+  /// `api` is the object that the application sees. Throws `std::bad_alloc`.
+  WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, const DDS_DataWriterQos& qos);
+  ~WriterCore() override;
+
+  const DDS_DataWriterQos& qos() const { return qos_; }
+  DDS_InstanceHandle_t handle() const { return handle_; }
+  bool reliable() const { return qos_.reliability.kind == DDS_RELIABLE_RELIABILITY_QOS; }
+
+  // For transports.
+
+  void add_reader(DDS_InstanceHandle_t handle, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  void remove_reader(DDS_InstanceHandle_t handle, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  void count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) DDS_EXCLUDES(mutex_);
+
+  // For the API.
+
+  /// Begins and ends the writer's presence in the transport; it may be used as soon as matches are told. Throws
+  /// `std::bad_alloc`.
+  void announce(Transport& transport, const TopicKey& key);
+  void withdraw() { endpoint_.reset(); }
+  const DDS_GUID_t& guid() const { return endpoint_->guid(); }
+  DDS_ReturnCode_t write(MessageKind kind, const void* data, DDS_WriteParams_t& params);
+  DDS_InstanceHandle_t lookup_instance(const void* data) const;
+  DDS_ReturnCode_t set_listener(DDSDataWriterListener* listener, DDS_StatusMask mask);
+  DDSDataWriterListener* listener() const { return listener_.load(std::memory_order_acquire); }
+  DDS_StatusMask status_changes() DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_status(DDS_OfferedIncompatibleQosStatus& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_status(DDS_PublicationMatchedStatus& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_matched_subscriptions(DDS_InstanceHandleSeq& handles) DDS_EXCLUDES(mutex_);
+
+ private:
+  void tell(DDS_StatusMask status) override;
+  template <class Status>
+  DDS_ReturnCode_t read_status(DDS_StatusMask mask, Status WriterCore::*own, Status& status) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t fill(Message& message, MessageKind kind, const void* data, const DDS_WriteParams_t& params) const;
+
+  DDSDataWriter& api_;
+  const DDS_TypePlugin type_;
+  const DDS_DataWriterQos qos_;
+  const DDS_InstanceHandle_t handle_;
+  MessagePool* const pool_;  // closed by the destructor
+  std::unique_ptr<TransportWriter> endpoint_;
+
+  Mutex mutex_;
+  std::vector<DDS_InstanceHandle_t> readers_ DDS_GUARDED_BY(mutex_);
+  DDS_OfferedIncompatibleQosStatus incompatible_ DDS_GUARDED_BY(mutex_);
+  DDS_PublicationMatchedStatus matched_ DDS_GUARDED_BY(mutex_);
+  std::atomic<DDSDataWriterListener*> listener_{nullptr};
+};
+
+}  // namespace dds
