@@ -242,8 +242,10 @@ TEST_F(CreationFaults, ThatAreNotTheLibrarysOwnPassUnchangedAndAreUndone) {
     EXPECT_THROW(make_requester(), std::bad_alloc);
     const bool filter_without_reader = Seam::get().count(Call::create_readcondition) == 0;
     EXPECT_LE(delete_topics(), filter_without_reader ? 1 : 0);
+    // A condition that was never attached cannot be detached, which is all that may be noticed.
+    EXPECT_EQ(log_.lines().size(), call == Call::attach_condition ? 1u : 0u);
+    log_.clear();
   }
-  EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
 /// A call whose failure deletion logs, and what follows from it.

@@ -25,9 +25,9 @@ RequestReply::RequestReply()
   Seam::get().reset();
 }
 
-RequestReply::~RequestReply() { Seam::get().reset(); }
-
-void RequestReply::TearDown() {
+// Not in TearDown, since the entities that a test's fixture holds are still there then.
+RequestReply::~RequestReply() {
+  Seam::get().reset();
   EXPECT_EQ(delete_topics(), 0) << "content-filtered topics are left";
   DDSDomainParticipantFactory* factory = DDSDomainParticipantFactory::get_instance();
   const DDS_ReturnCode_t deleted = factory->delete_participant(real_participant_);

@@ -92,7 +92,6 @@ class RequestReply : public ::testing::Test {
  protected:
   RequestReply();
   ~RequestReply() override;
-  void TearDown() override;
 
   zemtra::RequesterParams requester_params();
   OpenParams replier_params();

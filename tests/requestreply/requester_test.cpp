@@ -290,16 +290,25 @@ TEST_F(Requester, ServesSeveralThreadsAtOnceEachWithItsOwnRequests) {
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
-TEST_F(Requester, LetsTwoThreadsWaitForTheSameRequest) {
+TEST_F(Requester, WakesEveryThreadThatWaitsForTheSameRequestWhenItsReplyArrives) {
+  constexpr int kThreads = 3;
   const DDS_SampleIdentity_t request = ask("request");
+  std::atomic<int> waiting{0};
+  Seam::get().on_wait = [&waiting](DDSWaitSet&) {
+    ++waiting;
+    return std::optional<DDS_ReturnCode_t>();
+  };
   std::atomic<int> satisfied{0};
   std::vector<std::thread> waiters;
-  for (int t = 0; t < 2; ++t) {
+  for (int t = 0; t < kThreads; ++t) {
     waiters.emplace_back([&] { satisfied += requester_->wait_for_replies(kLong, 1, request) ? 1 : 0; });
   }
+  // Only when all have counted what was there: counting marks as read, and then nobody else is woken.
+  while (waiting < kThreads) { std::this_thread::yield(); }
   answer(request, "reply");
   for (std::thread& waiter : waiters) { waiter.join(); }
-  EXPECT_EQ(satisfied, 2);
+  EXPECT_EQ(satisfied, kThreads);
+  EXPECT_EQ(conditions_in_pool(), 0);
 }
 
 }  // namespace
