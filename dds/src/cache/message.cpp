@@ -49,19 +49,24 @@ void MessagePool::release(Message* message) {
       spare_.compare_exchange_strong(none, message, std::memory_order_release, std::memory_order_relaxed)) {
     return;
   }
-  bool last = false;
   {
     const MutexLock lock(mutex_);
-    --outstanding_;
     if (!closed_ && idle_count_ < kMostIdle) {
       message->next_ = idle_;
       idle_ = message;
       ++idle_count_;
+      --outstanding_;
       return;
     }
+  }
+  // Outstanding until it is destroyed, because another thread may end the pool as soon as nothing is.
+  destroy(message);
+  bool last = false;
+  {
+    const MutexLock lock(mutex_);
+    --outstanding_;
     last = closed_ && outstanding_ == 0;
   }
-  destroy(message);
   if (last) { delete this; }
 }
 

@@ -73,6 +73,7 @@ class ReaderCache {
   void register_writer(Entry& entry);
   void drop_reservation(Entry& entry);
 
+  void index_late(Entry& entry);
   bool take_effect(Entry& entry);
   bool end_registration(Instance& instance, RemoteWriter& writer);
   bool add_no_writers_sample(Instance& instance, Notifications& notifications);
@@ -96,6 +97,7 @@ class ReaderCache {
   bool indexed_ = false;
 
   std::size_t sample_count_ = 0;
+  std::size_t invalid_count_ = 0;  // samples without valid data, of all instances
   std::size_t reserved_slots_ = 0;
   IntrusiveList<Instance, &Instance::in_filled> filled_;  // instances with samples
   IntrusiveList<Instance, &Instance::in_unread> unread_;  // instances with unread samples

@@ -88,7 +88,7 @@ Instance* ReaderCache::find_or_add_instance(const Message& message, Refusal& why
 }
 
 // A keep-last history replaces its oldest sample once it is full, which takes no further slot; a sample without valid
-// data takes none there, since only one of an instance is kept.
+// data takes none there, since only one of an instance is kept. The depth is never above the limit per instance.
 ReaderCache::Refusal ReaderCache::claim_slot(Entry& entry) {
   Instance& instance = *entry.instance;
   const bool valid = entry.message->kind == MessageKind::data;
@@ -96,9 +96,11 @@ ReaderCache::Refusal ReaderCache::claim_slot(Entry& entry) {
   entry.takes_slot = limits_.keep_all || (valid && valid_samples < limits_.depth);
   if (!entry.takes_slot) { return Refusal::none; }
   Refusal why = Refusal::none;
-  if (sample_count_ + reserved_slots_ >= limits_.max_samples) {
+  const std::size_t slots = sample_count_ - (limits_.keep_all ? 0 : invalid_count_) + reserved_slots_;
+  if (slots >= limits_.max_samples) {
     why = Refusal::samples;
-  } else if (instance.samples.size() + instance.reserved_slots >= limits_.max_samples_per_instance) {
+  } else if (limits_.keep_all &&
+             instance.samples.size() + instance.reserved_slots >= limits_.max_samples_per_instance) {
     why = Refusal::samples_per_instance;
   }
   entry.takes_slot = why == Refusal::none;
@@ -156,6 +158,7 @@ bool ReaderCache::commit(Entry* entry, Notifications& notifications) {
     refresh_watches(notifications);
     return false;
   }
+  if (indexed_ && entry->bucket == nullptr) { index_late(*entry); }
   entry->read = false;
   entry->reception_time = entry->message->arrival_time;
   entry->disposed_generation = instance.disposed_generation;
@@ -164,6 +167,14 @@ bool ReaderCache::commit(Entry* entry, Notifications& notifications) {
   link(entry, notifications);
   refresh_watches(notifications);
   return true;
+}
+
+// For a sample that was reserved before the index was made. Exhausted memory costs it its place in the index, since it
+// has been promised to arrive.
+void ReaderCache::index_late(Entry& entry) {
+  try {
+    entry.bucket = index_.acquire(CorrelationIndex::key(entry.message->related_identity.sequence_number));
+  } catch (const std::bad_alloc&) {}
 }
 
 // Changes the instance as the message says; true when the reader is to get a sample of it.
@@ -253,7 +264,10 @@ void ReaderCache::link(Entry* entry, Notifications& notifications) {
   if (instance.unread.empty()) { unread_.push_back(&instance); }
   instance.samples.push_back(entry);
   instance.unread.push_back(entry);
-  if (!entry->valid) { ++instance.invalid_count; }
+  if (!entry->valid) {
+    ++instance.invalid_count;
+    ++invalid_count_;
+  }
   ++sample_count_;
   count(instance.state_class(), 1);
   if (entry->bucket == nullptr) { return; }
@@ -266,7 +280,10 @@ void ReaderCache::unlink(Entry* entry, Notifications& notifications) {
   Instance& instance = *entry->instance;
   count(instance.state_class() + (entry->read ? 1 : 0), -1);
   --sample_count_;
-  if (!entry->valid) { --instance.invalid_count; }
+  if (!entry->valid) {
+    --instance.invalid_count;
+    --invalid_count_;
+  }
   instance.samples.erase(entry);
   if (instance.samples.empty()) { filled_.erase(&instance); }
   if (!entry->read) {

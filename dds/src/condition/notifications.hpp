@@ -33,11 +33,7 @@ class Notifications {
       sleepers_[i]->wake();
       sleepers_[i]->unref();
     }
-    while (callbacks_ != nullptr) {
-      Callback* callback = callbacks_;
-      callbacks_ = callback->next_;
-      callback->run();
-    }
+    if (callbacks_ != nullptr) { run_callbacks(); }
   }
 
   /// Tells a wait set that one of its conditions turned true.
@@ -55,8 +51,13 @@ class Notifications {
     (callbacks_ == nullptr ? callbacks_ : last_callback_->next_) = callback;
     last_callback_ = callback;
   }
+  /// Takes out a call that this thread is going to make once the call that it is in has returned; false when there is
+  /// none. The application code in a call may end the object of another that would follow it.
+  static bool withdraw(const Callback& callback);
 
  private:
+  void run_callbacks();
+
   // Further ones are woken at once, under the lock: slower, and as right.
   static constexpr std::size_t kMostSleepers = 4;
 
@@ -64,6 +65,7 @@ class Notifications {
   std::size_t sleeper_count_ = 0;
   Callback* callbacks_ = nullptr;
   Callback* last_callback_ = nullptr;
+  Notifications* outer_ = nullptr;  // while calls are made: those in one of whose calls these are made
 };
 
 }  // namespace dds

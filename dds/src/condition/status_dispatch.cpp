@@ -29,8 +29,10 @@ bool StatusDispatch::in_listener() const { return teller_.load(std::memory_order
 
 void StatusDispatch::silence() {
   {
+    Notifications notifications;
     const MutexLock lock(lock_);
     mask_ = 0;
+    if (Notifications::withdraw(*this)) { drop_calls(notifications); }
   }
   if (in_listener()) { return; }
   std::uint32_t state = state_.load(std::memory_order_acquire);
@@ -41,6 +43,13 @@ void StatusDispatch::silence() {
       state = state_.load(std::memory_order_acquire);
     }
   }
+}
+
+// The calls that this thread had yet to make are not made; to wait for them would be to wait for itself.
+void StatusDispatch::drop_calls(Notifications& notifications) {
+  const std::uint32_t state = state_.exchange(0, std::memory_order_acq_rel);
+  if ((state & kAwaited) != 0) { futex_wake(state_, 0x7fffffff); }
+  change(changes_ | (state & ~(kRunning | kAwaited)), notifications);
 }
 
 // Whoever waits in `silence` may destroy this object as soon as kRunning is gone, so nothing but the address is used

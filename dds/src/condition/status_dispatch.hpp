@@ -84,6 +84,7 @@ class StatusDispatch : public Callback {
 
   void change(DDS_StatusMask changes, Notifications& notifications);
   void tell_all(DDS_StatusMask statuses);
+  void drop_calls(Notifications& notifications);
 
   const RefPtr<OwnerLock> owner_lock_;
   Mutex& lock_;              // the same

@@ -64,13 +64,15 @@ bool ParticipantImpl::empty() {
 }
 
 DDS_ReturnCode_t ParticipantImpl::delete_contained_entities() {
-  std::vector<PublisherImpl*> publishers{&implicit_publisher_};
-  std::vector<SubscriberImpl*> subscribers{&implicit_subscriber_};
-  {
+  std::vector<PublisherImpl*> publishers;
+  std::vector<SubscriberImpl*> subscribers;
+  try {
+    publishers.push_back(&implicit_publisher_);
+    subscribers.push_back(&implicit_subscriber_);
     const MutexLock lock(mutex_);
     for (const auto& known : publishers_) { publishers.push_back(known.second.get()); }
     for (const auto& known : subscribers_) { subscribers.push_back(known.second.get()); }
-  }
+  } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   DDS_ReturnCode_t outcome = DDS_RETCODE_OK;
   const auto note = [&](DDS_ReturnCode_t retcode) {
     if (retcode != DDS_RETCODE_OK) { outcome = retcode; }

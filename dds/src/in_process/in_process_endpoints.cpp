@@ -98,18 +98,19 @@ DDS_ReturnCode_t InProcessWriter::write(RefPtr<Message> message, Deadline& deadl
       Notifications notifications;
       const MutexLock lock(mutex_);
       const std::uint64_t number = last_number_ + 1;
-      const DDS_SampleIdentity_t identity{
-          guid_, {static_cast<std::int32_t>(number >> 32), static_cast<std::uint32_t>(number)}};
-      message->identity = identity;
+      // Before a reader has the sample: the answer may come at once.
+      assigned = {guid_, {static_cast<std::int32_t>(number >> 32), static_cast<std::uint32_t>(number)}};
+      message->identity = assigned;
       find_targets(*message);
       switch (deliver(message, blocked, notifications)) {
         case Admission::no_memory:
+          assigned = DDS_AUTO_SAMPLE_IDENTITY;
           return DDS_RETCODE_OUT_OF_RESOURCES;
         case Admission::full:
+          assigned = DDS_AUTO_SAMPLE_IDENTITY;
           break;
         default:
           last_number_ = number;
-          assigned = identity;
           return DDS_RETCODE_OK;
       }
     }

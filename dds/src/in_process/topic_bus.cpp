@@ -50,16 +50,19 @@ struct TopicBus::Introduction {
 
 std::shared_ptr<TopicBus> TopicBus::get(DDS_DomainId_t domain, const std::string& topic_name) {
   Registry& all = registry();
+  auto forget = [key = std::make_pair(domain, topic_name)](TopicBus* gone) {
+    delete gone;
+    const MutexLock lock(registry().mutex);
+    const auto found = registry().buses.find(key);
+    if (found != registry().buses.end() && found->second.expired()) { registry().buses.erase(found); }
+  };
+  // Made before the lock is taken: `forget` takes it too, also when the pointer cannot be made or is not needed.
+  std::shared_ptr<TopicBus> fresh(new TopicBus, std::move(forget));
   const MutexLock lock(all.mutex);
   std::weak_ptr<TopicBus>& known = all.buses[{domain, topic_name}];
   std::shared_ptr<TopicBus> bus = known.lock();
   if (bus == nullptr) {
-    bus = std::shared_ptr<TopicBus>(new TopicBus, [key = std::make_pair(domain, topic_name)](TopicBus* gone) {
-      delete gone;
-      const MutexLock relock(registry().mutex);
-      const auto found = registry().buses.find(key);
-      if (found != registry().buses.end() && found->second.expired()) { registry().buses.erase(found); }
-    });
+    bus = std::move(fresh);
     known = bus;
   }
   return bus;

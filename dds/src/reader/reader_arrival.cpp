@@ -26,6 +26,7 @@ void ReaderCore::remove_writer(RemoteWriter* writer, Notifications& notification
   count_unmatch(matched_, &DDS_SubscriptionMatchedStatus::last_publication_handle, writer->handle);
   if (cache_.remove_writer(*writer, notifications)) { raise(DDS_DATA_AVAILABLE_STATUS, notifications); }
   raise(DDS_SUBSCRIPTION_MATCHED_STATUS, notifications);
+  if (bounded_) { space_.notify(); }  // its instances may have gone with it
 }
 
 ReaderCore::Admission ReaderCore::deliver(RefPtr<Message>& message, RemoteWriter& writer,
@@ -69,7 +70,11 @@ ReaderCore::Admission ReaderCore::try_reserve(RefPtr<Message>& message, RemoteWr
 
 void ReaderCore::settle(const Reservation& reservation, Notifications& notifications) {
   if (reservation.entry != nullptr) {
-    if (cache_.commit(reservation.entry, notifications)) { raise(DDS_DATA_AVAILABLE_STATUS, notifications); }
+    if (cache_.commit(reservation.entry, notifications)) {
+      raise(DDS_DATA_AVAILABLE_STATUS, notifications);
+    } else if (bounded_) {
+      space_.notify();  // a slot was not needed after all, or an instance has gone
+    }
     return;
   }
   ++lost_.total_count;

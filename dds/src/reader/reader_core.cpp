@@ -30,7 +30,7 @@ bool is_bounded(const DDS_ResourceLimitsQosPolicy& limits) {
 bool wants_no_writers_sample(const DDS_PropertyQosPolicy& properties) {
   const DDS_Property_t* property = DDSPropertyQosPolicyHelper::lookup_property(
       properties, "dds.data_reader.history.generate_not_alive_no_writers_sample");
-  return property == nullptr || std::string_view(property->value) != "0";
+  return property == nullptr || property->value == nullptr || std::string_view(property->value) != "0";
 }
 
 }  // namespace

@@ -117,7 +117,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   DDS_SubscriptionMatchedStatus matched_ DDS_GUARDED_BY(mutex_);
   std::atomic<DDSDataReaderListener*> listener_{nullptr};
 
-  EventCount space_;                       // advanced when samples leave a bounded reader
+  EventCount space_;                       // advanced when samples or instances leave a bounded reader
   std::atomic<std::uint32_t> blocked_{0};  // writers between `full` and the end of `wait_for_space`
 };
 

@@ -31,7 +31,7 @@ class TransportWriter {
   virtual const DDS_GUID_t& guid() const = 0;
   /// Gives the message the next identity and delivers it to every matched reader whose filter admits it, or to none:
   /// `DDS_RETCODE_TIMEOUT` when a reader had no room until the deadline, `DDS_RETCODE_OUT_OF_RESOURCES`. On success
-  /// `assigned` has the identity before anybody is told of the sample. Thread-safe.
+  /// `assigned` has the identity before any reader has the sample; on failure it is automatic. Thread-safe.
   virtual DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) = 0;
 };
 

@@ -28,6 +28,7 @@ class WriterCore final : public DDS_DataWriter, public StatusDispatch {
   // For transports.
 
   void add_reader(DDS_InstanceHandle_t handle, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// Does nothing for a reader that could not be added.
   void remove_reader(DDS_InstanceHandle_t handle, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) DDS_EXCLUDES(mutex_);
 
