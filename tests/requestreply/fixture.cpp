@@ -25,13 +25,10 @@ RequestReply::RequestReply()
   Seam::get().reset();
 }
 
-RequestReply::~RequestReply() { Seam::get().reset(); }
-
-void RequestReply::TearDown() {
-  for (const std::string& name : participant_->created_topics) {
-    DDSTopic* topic = DDSTopic::narrow(real_participant_->lookup_topicdescription(name.c_str()));
-    if (topic != nullptr) { EXPECT_EQ(real_participant_->delete_topic(topic), DDS_RETCODE_OK) << name; }
-  }
+// Not in TearDown, since the entities that a test's fixture holds are still there then.
+RequestReply::~RequestReply() {
+  Seam::get().reset();
+  EXPECT_EQ(delete_topics(), 0) << "content-filtered topics are left";
   DDSDomainParticipantFactory* factory = DDSDomainParticipantFactory::get_instance();
   const DDS_ReturnCode_t deleted = factory->delete_participant(real_participant_);
   EXPECT_EQ(deleted, DDS_RETCODE_OK) << "something is left in the participant";
@@ -76,6 +73,21 @@ DDSTopic* RequestReply::make_topic(const std::string& name) {
 
 DDSContentFilteredTopic* RequestReply::make_filtered_topic(const std::string& name, DDSTopic* topic) {
   return participant_->create_contentfilteredtopic(name.c_str(), topic, "value = 'wanted'", DDS_StringSeq());
+}
+
+int RequestReply::delete_topics() {
+  int filtered_topics = 0;
+  for (const std::string& name : participant_->created_filtered_topics) {
+    auto* topic = DDSContentFilteredTopic::narrow(real_participant_->lookup_topicdescription(name.c_str()));
+    if (topic == nullptr) { continue; }
+    ++filtered_topics;
+    EXPECT_EQ(real_participant_->delete_contentfilteredtopic(topic), DDS_RETCODE_OK) << name;
+  }
+  for (const std::string& name : participant_->created_topics) {
+    DDSTopic* topic = DDSTopic::narrow(real_participant_->lookup_topicdescription(name.c_str()));
+    if (topic != nullptr) { EXPECT_EQ(real_participant_->delete_topic(topic), DDS_RETCODE_OK) << name; }
+  }
+  return filtered_topics;
 }
 
 void RequestReply::delete_leftovers() { EXPECT_EQ(real_participant_->delete_contained_entities(), DDS_RETCODE_OK); }

@@ -92,7 +92,6 @@ class RequestReply : public ::testing::Test {
  protected:
   RequestReply();
   ~RequestReply() override;
-  void TearDown() override;
 
   zemtra::RequesterParams requester_params();
   OpenParams replier_params();
@@ -103,6 +102,9 @@ class RequestReply : public ::testing::Test {
 
   DDSTopic* make_topic(const std::string& name);
   DDSContentFilteredTopic* make_filtered_topic(const std::string& name, DDSTopic* topic);
+  /// Deletes the topics and content-filtered topics, which no writer or reader may use any more; returns how many there
+  /// were of the latter.
+  int delete_topics();
   /// Deletes what a test has left in the participant on purpose.
   void delete_leftovers();
 

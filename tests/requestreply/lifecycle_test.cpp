@@ -361,8 +361,12 @@ class VisibleBuilder final : public EntityUntypedImpl::TopicBuilder {
   DDSTopicDescription* create_reader_topic(const EntityParams& params, const char* type_name) override;
   ~VisibleBuilder() override;
 };
-DDSTopic* VisibleBuilder::create_writer_topic(const EntityParams&, const char*) { return nullptr; }
-DDSTopicDescription* VisibleBuilder::create_reader_topic(const EntityParams&, const char*) { return nullptr; }
+DDSTopic* VisibleBuilder::create_writer_topic(const EntityParams&, const char*) {
+  throw std::runtime_error("writer");  // unlike the other, or else the two become one function
+}
+DDSTopicDescription* VisibleBuilder::create_reader_topic(const EntityParams&, const char*) {
+  throw std::runtime_error("reader");
+}
 VisibleBuilder::~VisibleBuilder() = default;
 
 namespace {

@@ -87,7 +87,10 @@ DDSContentFilteredTopic* FaultyParticipant::create_contentfilteredtopic(const ch
   if (Seam::get().enter(Call::create_contentfilteredtopic, "participant.create_contentfilteredtopic")) {
     return nullptr;
   }
-  return real_.create_contentfilteredtopic(name, related_topic, filter_expression, expression_parameters);
+  DDSContentFilteredTopic* topic =
+      real_.create_contentfilteredtopic(name, related_topic, filter_expression, expression_parameters);
+  if (topic != nullptr) { created_filtered_topics.emplace_back(name); }
+  return topic;
 }
 
 DDS_ReturnCode_t FaultyParticipant::delete_contentfilteredtopic(DDSContentFilteredTopic* topic) {

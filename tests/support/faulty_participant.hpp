@@ -74,8 +74,9 @@ class FaultyParticipant final : public DDSDomainParticipant {
  public:
   explicit FaultyParticipant(DDSDomainParticipant& real) : real_(real) {}
 
-  /// The names of the topics that were created.
+  /// The names of the topics and of the content-filtered topics that were created.
   std::vector<std::string> created_topics;
+  std::vector<std::string> created_filtered_topics;
   /// The status masks and listeners with which readers were created.
   std::vector<std::pair<DDSDataReaderListener*, DDS_StatusMask>> reader_listeners;
 

@@ -6,73 +6,42 @@
 namespace support {
 
 const char* name_of(Call call) {
-  switch (call) {
-    case Call::create_topic:
-      return "create_topic";
-    case Call::create_contentfilteredtopic:
-      return "create_contentfilteredtopic";
-    case Call::delete_contentfilteredtopic:
-      return "delete_contentfilteredtopic";
-    case Call::create_datawriter:
-      return "create_datawriter";
-    case Call::delete_datawriter:
-      return "delete_datawriter";
-    case Call::create_datareader:
-      return "create_datareader";
-    case Call::delete_datareader:
-      return "delete_datareader";
-    case Call::get_default_datawriter_qos:
-      return "get_default_datawriter_qos";
-    case Call::get_default_datareader_qos:
-      return "get_default_datareader_qos";
-    case Call::get_current_time:
-      return "get_current_time";
-    case Call::get_profile_datawriter_qos:
-      return "get_profile_datawriter_qos";
-    case Call::get_profile_datareader_qos:
-      return "get_profile_datareader_qos";
-    case Call::copy_datawriter_qos:
-      return "copy_datawriter_qos";
-    case Call::copy_datareader_qos:
-      return "copy_datareader_qos";
-    case Call::duplicate_string:
-      return "duplicate_string";
-    case Call::add_property:
-      return "add_property";
-    case Call::get_writer_qos:
-      return "get_writer_qos";
-    case Call::get_writer_topic:
-      return "get_writer_topic";
-    case Call::get_reader_topicdescription:
-      return "get_reader_topicdescription";
-    case Call::create_readcondition:
-      return "create_readcondition";
-    case Call::delete_readcondition:
-      return "delete_readcondition";
-    case Call::create_index:
-      return "create_index";
-    case Call::create_index_condition:
-      return "create_index_condition";
-    case Call::get_condition_reader:
-      return "get_condition_reader";
-    case Call::attach_condition:
-      return "attach_condition";
-    case Call::detach_condition:
-      return "detach_condition";
-    case Call::wait:
-      return "wait";
-    case Call::write:
-      return "write";
-    case Call::read_or_take:
-      return "read_or_take";
-    case Call::return_loan:
-      return "return_loan";
-    case Call::create_pool:
-      return "create_pool";
-    case Call::get_pool_buffer:
-      return "get_pool_buffer";
-  }
-  return "unknown";
+  static constexpr const char* names[] = {"create_topic",
+                                          "create_contentfilteredtopic",
+                                          "delete_contentfilteredtopic",
+                                          "create_datawriter",
+                                          "delete_datawriter",
+                                          "create_datareader",
+                                          "delete_datareader",
+                                          "get_default_datawriter_qos",
+                                          "get_default_datareader_qos",
+                                          "get_current_time",
+                                          "get_profile_datawriter_qos",
+                                          "get_profile_datareader_qos",
+                                          "copy_datawriter_qos",
+                                          "copy_datareader_qos",
+                                          "duplicate_string",
+                                          "add_property",
+                                          "get_writer_qos",
+                                          "get_writer_topic",
+                                          "get_reader_topicdescription",
+                                          "create_readcondition",
+                                          "delete_readcondition",
+                                          "create_index",
+                                          "create_index_condition",
+                                          "get_condition_reader",
+                                          "attach_condition",
+                                          "detach_condition",
+                                          "wait",
+                                          "write",
+                                          "read_or_take",
+                                          "return_loan",
+                                          "create_pool",
+                                          "get_pool_buffer",
+                                          "return_pool_buffer",
+                                          "delete_pool"};
+  static_assert(sizeof(names) / sizeof(names[0]) == static_cast<std::size_t>(Call::delete_pool) + 1);
+  return names[static_cast<std::size_t>(call)];
 }
 
 Seam& Seam::get() {

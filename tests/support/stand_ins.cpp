@@ -97,11 +97,13 @@ DDS_ReturnCode_t DDS_DataReader_read_or_take_w_condition_untypedI(
 
 DDS_ReturnCode_t DDS_DataReader_return_loan_untypedI(DDS_DataReader* reader, void** received_data,
                                                      DDS_SampleInfoSeq* info_seq) {
-  if (const auto fault = enter(CALLER, Call::return_loan, "reader.return_loan")) { return *fault; }
+  const auto fault = enter(CALLER, Call::return_loan, "reader.return_loan");
   static auto* real = next<DDS_ReturnCode_t(DDS_DataReader*, void**, DDS_SampleInfoSeq*)>(
       "_Z35DDS_DataReader_return_loan_untypedIP14DDS_DataReaderPPvP11DDSSequenceI14DDS_SampleInfo15DDSValueElementIS4_"
       "EE");
-  return real(reader, received_data, info_seq);
+  // Carried out in any case: with a loan that is lost nobody could delete the reader.
+  const DDS_ReturnCode_t retcode = real(reader, received_data, info_seq);
+  return fault ? *fault : retcode;
 }
 
 char* DDS_String_dup(const char* source) {

@@ -8,16 +8,16 @@
 // value fails with a log line that names the policy, and the functions that only store QoS return
 // `DDS_RETCODE_UNSUPPORTED`.
 
-enum DDS_ReliabilityQosPolicyKind { DDS_BEST_EFFORT_RELIABILITY_QOS = 0, DDS_RELIABLE_RELIABILITY_QOS = 1 };
-enum DDS_HistoryQosPolicyKind { DDS_KEEP_LAST_HISTORY_QOS = 0, DDS_KEEP_ALL_HISTORY_QOS = 1 };
-enum DDS_DurabilityQosPolicyKind {
+enum DDS_ReliabilityQosPolicyKind : int { DDS_BEST_EFFORT_RELIABILITY_QOS = 0, DDS_RELIABLE_RELIABILITY_QOS = 1 };
+enum DDS_HistoryQosPolicyKind : int { DDS_KEEP_LAST_HISTORY_QOS = 0, DDS_KEEP_ALL_HISTORY_QOS = 1 };
+enum DDS_DurabilityQosPolicyKind : int {
   DDS_VOLATILE_DURABILITY_QOS = 0,
   DDS_TRANSIENT_LOCAL_DURABILITY_QOS = 1,
   DDS_TRANSIENT_DURABILITY_QOS = 2,
   DDS_PERSISTENT_DURABILITY_QOS = 3
 };
-enum DDS_OwnershipQosPolicyKind { DDS_SHARED_OWNERSHIP_QOS = 0, DDS_EXCLUSIVE_OWNERSHIP_QOS = 1 };
-enum DDS_PresentationQosPolicyAccessScopeKind {
+enum DDS_OwnershipQosPolicyKind : int { DDS_SHARED_OWNERSHIP_QOS = 0, DDS_EXCLUSIVE_OWNERSHIP_QOS = 1 };
+enum DDS_PresentationQosPolicyAccessScopeKind : int {
   DDS_INSTANCE_PRESENTATION_QOS = 0,
   DDS_TOPIC_PRESENTATION_QOS = 1,
   DDS_GROUP_PRESENTATION_QOS = 2

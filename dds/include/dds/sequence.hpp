@@ -40,7 +40,8 @@ class DDSSequence {
  public:
   using value_type = T;
 
-  explicit DDSSequence(int maximum = 0) {
+  DDSSequence() noexcept = default;
+  explicit DDSSequence(int maximum) {
     if (!this->maximum(maximum)) { throw std::bad_alloc(); }
   }
   DDSSequence(const DDSSequence& other) {

@@ -75,6 +75,7 @@ struct Instance {
   std::size_t reserved_slots = 0;
   std::size_t reservations = 0;
   std::unordered_set<RemoteWriter*> writers;  // of a keyed instance
+  RemoteWriter* last_writer = nullptr;        // one of them that need not be looked up
   std::size_t writer_count = 0;
   RefPtr<Message>
       key_holder;  // the data of a sample that tells of a vanished writer; null when no such sample is wanted
@@ -86,6 +87,10 @@ struct Instance {
   DDS_Long later_samples = 0;
   DDS_Long newest_generation = 0;
 
+  bool forget_writer(RemoteWriter* writer) {
+    if (last_writer == writer) { last_writer = nullptr; }
+    return writers.erase(writer) != 0;
+  }
   DDS_Long generation() const { return disposed_generation + no_writers_generation; }
   /// Class of the instance's samples that have not been read; those that have are one class above.
   unsigned state_class() const { return (is_new ? 0u : 2u) + 4u * static_cast<unsigned>(state); }

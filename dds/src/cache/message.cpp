@@ -17,6 +17,13 @@ MessagePool::MessagePool(const DDS_TypePlugin& type)
       offset_(round_up(sizeof(Message), alignment_)) {}
 
 RefPtr<Message> MessagePool::acquire() {
+  if (spare_.load(std::memory_order_relaxed) != nullptr) {
+    Message* spare = spare_.exchange(nullptr, std::memory_order_acquire);
+    if (spare != nullptr) {
+      spare->references_.store(1, std::memory_order_relaxed);
+      return RefPtr<Message>::adopt(spare);
+    }
+  }
   {
     const MutexLock lock(mutex_);
     ++outstanding_;
@@ -37,6 +44,11 @@ RefPtr<Message> MessagePool::acquire() {
 }
 
 void MessagePool::release(Message* message) {
+  Message* none = nullptr;
+  if (spare_.load(std::memory_order_relaxed) == nullptr &&
+      spare_.compare_exchange_strong(none, message, std::memory_order_release, std::memory_order_relaxed)) {
+    return;
+  }
   {
     const MutexLock lock(mutex_);
     if (!closed_ && idle_count_ < kMostIdle) {
@@ -53,10 +65,13 @@ void MessagePool::release(Message* message) {
 }
 
 void MessagePool::close() {
+  Message* spare = spare_.exchange(closed_mark(), std::memory_order_acquire);
+  if (spare != nullptr) { destroy(spare); }
   Message* idle = nullptr;
   {
     const MutexLock lock(mutex_);
     closed_ = true;
+    if (spare != nullptr) { --outstanding_; }
     idle = idle_;
     idle_ = nullptr;
     ++outstanding_;  // stands for the idle ones, for the same reason as in `release`

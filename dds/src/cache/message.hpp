@@ -66,9 +66,15 @@ class MessagePool {
   Message* make();
   void destroy(Message* message) const;
 
+  /// Stands in `spare_` once the pool is closed.
+  Message* closed_mark() { return reinterpret_cast<Message*>(this); }
+
   const DDS_TypePlugin type_;
   const std::size_t alignment_;
   const std::size_t offset_;  // of the sample in a message's memory
+  // One idle message outside the lock: all that a writer needs whose samples are taken as they come. It counts as
+  // outstanding.
+  std::atomic<Message*> spare_{nullptr};
   Mutex mutex_;
   Message* idle_ DDS_GUARDED_BY(mutex_) = nullptr;
   int idle_count_ DDS_GUARDED_BY(mutex_) = 0;
@@ -76,8 +82,11 @@ class MessagePool {
   bool closed_ DDS_GUARDED_BY(mutex_) = false;
 };
 
+// The holder of the only reference need not count: nobody else can take one.
 inline void Message::unref() {
-  if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) { pool_.release(this); }
+  if (references_.load(std::memory_order_acquire) == 1 || references_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    pool_.release(this);
+  }
 }
 
 }  // namespace dds

@@ -36,8 +36,8 @@ class ReaderCache {
   ReaderCache& operator=(const ReaderCache&) = delete;
   ~ReaderCache();
 
-  /// Holds a place for a message; null, and the reason, when there is none.
-  Entry* reserve(const RefPtr<Message>& message, RemoteWriter& writer, Refusal& why);
+  /// Holds a place for a message, whose reference it takes over; null, and the reason, when there is none.
+  Entry* reserve(RefPtr<Message>& message, RemoteWriter& writer, Refusal& why);
   void cancel(Entry* entry);
   /// Lets the reserved message take effect; true when the reader has a new sample.
   bool commit(Entry* entry, Notifications& notifications);

@@ -9,6 +9,12 @@ namespace dds {
 
 StateMask state_mask(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
                      DDS_InstanceStateMask instance_states) {
+  const bool any_instance = (instance_states & 7) == 7;
+  if ((view_states & 3) == 3 && any_instance) {
+    const unsigned read = (sample_states & DDS_READ_SAMPLE_STATE) != 0 ? kReadStates : 0;
+    const unsigned unread = (sample_states & DDS_NOT_READ_SAMPLE_STATE) != 0 ? kNotReadStates : 0;
+    return static_cast<StateMask>(read | unread);
+  }
   unsigned mask = 0;
   for (unsigned state_class = 0; state_class < 12; ++state_class) {
     const DDS_SampleStateMask sample = (state_class & 1) != 0 ? DDS_READ_SAMPLE_STATE : DDS_NOT_READ_SAMPLE_STATE;

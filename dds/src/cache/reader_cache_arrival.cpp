@@ -43,7 +43,7 @@ void ReaderCache::recycle(Entry* entry) {
   ++idle_count_;
 }
 
-Entry* ReaderCache::reserve(const RefPtr<Message>& message, RemoteWriter& writer, Refusal& why) {
+Entry* ReaderCache::reserve(RefPtr<Message>& message, RemoteWriter& writer, Refusal& why) {
   Entry* entry = nullptr;
   try {
     Instance* instance = find_or_add_instance(*message, why);
@@ -54,7 +54,7 @@ Entry* ReaderCache::reserve(const RefPtr<Message>& message, RemoteWriter& writer
       instances_.remove_if_unused(instance);
       throw;
     }
-    entry->message = RefPtr<Message>(message.get());
+    entry->message = std::move(message);
     entry->instance = instance;
     entry->writer = &writer;
     entry->bucket = nullptr;
@@ -64,13 +64,16 @@ Entry* ReaderCache::reserve(const RefPtr<Message>& message, RemoteWriter& writer
     why = claim_slot(*entry);
     if (why == Refusal::none) {
       if (indexed_) {
-        entry->bucket = index_.acquire(CorrelationIndex::key(message->related_identity.sequence_number));
+        entry->bucket = index_.acquire(CorrelationIndex::key(entry->message->related_identity.sequence_number));
       }
       register_writer(*entry);
       return entry;
     }
   } catch (const std::bad_alloc&) { why = Refusal::memory; }
-  if (entry != nullptr) { cancel(entry); }
+  if (entry != nullptr) {
+    message = std::move(entry->message);
+    cancel(entry);
+  }
   return nullptr;
 }
 
@@ -114,7 +117,9 @@ void ReaderCache::register_writer(Entry& entry) {
   Instance& instance = *entry.instance;
   RemoteWriter& writer = *entry.writer;
   if (instances_.keyed()) {
+    if (instance.last_writer == &writer) { return; }
     entry.registered_now = instance.writers.insert(&writer).second;
+    instance.last_writer = &writer;
   } else {
     entry.registered_now = !writer.registered;
     writer.registered = true;
@@ -134,7 +139,7 @@ void ReaderCache::cancel(Entry* entry) {
   Instance* instance = entry->instance;
   drop_reservation(*entry);
   if (entry->registered_now) {
-    instance->writers.erase(entry->writer);
+    instance->forget_writer(entry->writer);
     entry->writer->registered = false;
     --instance->writer_count;
   }
@@ -197,7 +202,7 @@ bool ReaderCache::take_effect(Entry& entry) {
 // True when the instance was alive and this was its last writer.
 bool ReaderCache::end_registration(Instance& instance, RemoteWriter& writer) {
   if (instances_.keyed()) {
-    if (instance.writers.erase(&writer) == 0) { return false; }
+    if (!instance.forget_writer(&writer)) { return false; }
   } else {
     if (!writer.registered) { return false; }
     writer.registered = false;

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "condition/notifications.hpp"
-#include "util/mutex.hpp"
+#include "condition/owner_lock.hpp"
 #include "util/ref_ptr.hpp"
 
 namespace dds {
@@ -16,33 +16,32 @@ namespace dds {
 /// waiting thread.
 class ConditionCore : public RefCounted<ConditionCore> {
  public:
-  bool triggered() const { return triggered_.load(std::memory_order_seq_cst); }
+  /// `owner` guards the trigger value and the attachments.
+  explicit ConditionCore(OwnerLock& owner) : owner_(&owner), mutex_(owner.mutex) {}
 
-  /// Sets the trigger value; the owner of the condition makes sure that no two threads call this at once.
-  void set(bool value, Notifications& notifications) {
+  bool triggered() const { return triggered_.load(std::memory_order_acquire); }
+
+  /// Sets the trigger value; the caller holds the owner's lock, which the analysis does not know to be this one.
+  void set(bool value, Notifications& notifications) DDS_NO_THREAD_SAFETY_ANALYSIS {
     if (triggered_.load(std::memory_order_relaxed) == value) { return; }
-    triggered_.store(value, std::memory_order_seq_cst);
-    if (value && attached_.load(std::memory_order_seq_cst)) { signal_all(notifications); }
+    triggered_.store(value, std::memory_order_release);
+    if (!value) { return; }
+    for (const auto& wait_set : wait_sets_) { notifications.signal(wait_set.get()); }
   }
+  /// Detaches the condition from every wait set, before it goes or is put to another use; the caller holds the owner's
+  /// lock.
+  void detach_all() DDS_NO_THREAD_SAFETY_ANALYSIS;
 
-  /// The same for owners that cannot make sure.
-  void set_shared(bool value, Notifications& notifications) DDS_EXCLUDES(mutex_);
-
-  // For wait sets. The condition's lock is taken before the wait set's.
+  // For wait sets. The owner's lock is taken before the wait set's.
   Mutex& mutex() DDS_THREAD_ATTRIBUTE(lock_returned(mutex_)) { return mutex_; }
   /// Throws `std::bad_alloc`.
   void add(WaitSetCore* wait_set) DDS_REQUIRES(mutex_);
   void remove(const WaitSetCore* wait_set) DDS_REQUIRES(mutex_);
 
-  /// Detaches the condition from every wait set, before it goes or is put to another use.
-  void detach_all() DDS_EXCLUDES(mutex_);
-
  private:
-  void signal_all(Notifications& notifications) DDS_EXCLUDES(mutex_);
-
+  const RefPtr<OwnerLock> owner_;
+  Mutex& mutex_;  // the owner's
   std::atomic<bool> triggered_{false};
-  std::atomic<bool> attached_{false};  // whether wait_sets_ has an element, for a look without the lock
-  Mutex mutex_;
   std::vector<RefPtr<WaitSetCore>> wait_sets_ DDS_GUARDED_BY(mutex_);
 };
 

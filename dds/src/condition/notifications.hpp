@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 
 #include "condition/wait_set_core.hpp"
@@ -30,23 +29,27 @@ class Notifications {
   Notifications(const Notifications&) = delete;
   Notifications& operator=(const Notifications&) = delete;
   ~Notifications() {
-    for (std::size_t i = 0; i < sleeper_count_; ++i) { sleepers_[i]->wake(); }
+    for (std::size_t i = 0; i < sleeper_count_; ++i) {
+      sleepers_[i]->wake();
+      sleepers_[i]->unref();
+    }
     if (callbacks_ != nullptr) { run_callbacks(); }
   }
 
   /// Tells a wait set that one of its conditions turned true.
   void signal(WaitSetCore* wait_set) {
     if (!wait_set->signal()) { return; }
-    if (sleeper_count_ == sleepers_.size()) {
+    if (sleeper_count_ == kMostSleepers) {
       wait_set->wake();
       return;
     }
-    sleepers_[sleeper_count_++] = RefPtr<WaitSetCore>(wait_set);
+    wait_set->ref();
+    sleepers_[sleeper_count_++] = wait_set;
   }
   void call(Callback* callback) {
     callback->next_ = nullptr;
-    *last_callback_ = callback;
-    last_callback_ = &callback->next_;
+    (callbacks_ == nullptr ? callbacks_ : last_callback_->next_) = callback;
+    last_callback_ = callback;
   }
   /// Takes out a call that this thread is going to make once the call that it is in has returned; false when there is
   /// none. The application code in a call may end the object of another that would follow it.
@@ -55,10 +58,13 @@ class Notifications {
  private:
   void run_callbacks();
 
-  std::array<RefPtr<WaitSetCore>, 4> sleepers_;
+  // Further ones are woken at once, under the lock: slower, and as right.
+  static constexpr std::size_t kMostSleepers = 4;
+
+  WaitSetCore* sleepers_[kMostSleepers];  // the first sleeper_count_ are set, with a reference each
   std::size_t sleeper_count_ = 0;
   Callback* callbacks_ = nullptr;
-  Callback** last_callback_ = &callbacks_;
+  Callback* last_callback_ = nullptr;
   Notifications* outer_ = nullptr;  // while calls are made: those in one of whose calls these are made
 };
 

@@ -14,7 +14,10 @@ namespace {
 thread_local const char this_thread = 0;
 }  // namespace
 
-StatusDispatch::StatusDispatch(Mutex& lock, DDSEntity& entity) : lock_(lock), condition_(*this, entity) {}
+StatusDispatch::StatusDispatch(DDSEntity& entity)
+    : owner_lock_(RefPtr<OwnerLock>::adopt(new OwnerLock)),
+      lock_(owner_lock_->mutex),
+      condition_(*this, entity, *owner_lock_) {}
 
 StatusDispatch::~StatusDispatch() = default;
 
@@ -92,7 +95,10 @@ void StatusDispatch::tell_all(DDS_StatusMask statuses) {
 }
 
 StatusDispatch::Condition::~Condition() {
-  core_->detach_all();
+  {
+    const MutexLock lock(core_->mutex());
+    core_->detach_all();
+  }
   core_->unref();
 }
 

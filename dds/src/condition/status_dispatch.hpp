@@ -17,8 +17,8 @@ namespace dds {
 /// goes on with it. So a listener that causes changes of its own entity is called again rather than called deeper.
 class StatusDispatch : public Callback {
  public:
-  /// `lock` is the entity's.
-  StatusDispatch(Mutex& lock, DDSEntity& entity);
+  /// Throws `std::bad_alloc`.
+  explicit StatusDispatch(DDSEntity& entity);
   StatusDispatch(const StatusDispatch&) = delete;
   StatusDispatch& operator=(const StatusDispatch&) = delete;
 
@@ -58,14 +58,16 @@ class StatusDispatch : public Callback {
 
  protected:
   ~StatusDispatch() override;
+  /// The entity's lock, which guards its statuses and conditions and whatever else the entity says.
+  OwnerLock& owner_lock() const { return *owner_lock_; }
   /// Calls the listener, if there is one, for one status. No lock is held.
   virtual void tell(DDS_StatusMask status) = 0;
 
  private:
   class Condition final : public DDSStatusCondition {
    public:
-    Condition(StatusDispatch& dispatch, DDSEntity& entity)
-        : dispatch_(dispatch), entity_(entity), core_(new ConditionCore) {}
+    Condition(StatusDispatch& dispatch, DDSEntity& entity, OwnerLock& lock)
+        : dispatch_(dispatch), entity_(entity), core_(new ConditionCore(lock)) {}
     ~Condition() override;
     DDS_Boolean get_trigger_value() override { return core_->triggered(); }
     ConditionCore& core() override { return *core_; }
@@ -87,7 +89,8 @@ class StatusDispatch : public Callback {
   void tell_all(DDS_StatusMask statuses);
   void drop_calls(Notifications& notifications);
 
-  Mutex& lock_;
+  const RefPtr<OwnerLock> owner_lock_;
+  Mutex& lock_;              // the same
   DDS_StatusMask mask_ = 0;  // guarded by lock_, as are the next two
   DDS_StatusMask changes_ = 0;
   DDS_StatusMask enabled_ = DDS_STATUS_MASK_ALL;

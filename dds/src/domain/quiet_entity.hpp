@@ -22,8 +22,7 @@ class QuietEntity : public Api {
     void tell(DDS_StatusMask /*status*/) override {}
   };
 
-  Mutex mutex_;
-  QuietStatus status_{mutex_, *this};
+  QuietStatus status_{*this};
   const DDS_InstanceHandle_t handle_ = next_entity_handle();
 };
 

@@ -83,25 +83,25 @@ void InProcessWriter::find_targets(const Message& message) {
   targets_.clear();
   const FilterSample sample{message.identity, message.related_identity, message.sample()};
   for (const Route& route : other_routes_) {
-    if (route.filter == nullptr || route.filter->admits(sample)) { targets_.push_back({route, {}}); }
+    if (route.filter == nullptr || route.filter->admits(sample)) { targets_.push_back({&route, {}}); }
   }
   if (routes_by_related_writer_.empty()) { return; }
   const auto found = routes_by_related_writer_.find(message.related_identity.writer_guid);
   if (found == routes_by_related_writer_.end()) { return; }
-  for (const Route& route : found->second) { targets_.push_back({route, {}}); }
+  for (const Route& route : found->second) { targets_.push_back({&route, {}}); }
 }
 
-DDS_ReturnCode_t InProcessWriter::write(const RefPtr<Message>& message, Deadline& deadline,
-                                        DDS_SampleIdentity_t& assigned) {
+DDS_ReturnCode_t InProcessWriter::write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) {
   for (;;) {
     Blocked blocked;
     {
       Notifications notifications;
       const MutexLock lock(mutex_);
       const std::uint64_t number = last_number_ + 1;
-      message->identity = {guid_, {static_cast<std::int32_t>(number >> 32), static_cast<std::uint32_t>(number)}};
+      // Before a reader has the sample: the answer may come at once.
+      assigned = {guid_, {static_cast<std::int32_t>(number >> 32), static_cast<std::uint32_t>(number)}};
+      message->identity = assigned;
       find_targets(*message);
-      assigned = message->identity;  // before a reader has the sample: the answer may come at once
       switch (deliver(message, blocked, notifications)) {
         case Admission::no_memory:
           assigned = DDS_AUTO_SAMPLE_IDENTITY;
@@ -119,10 +119,10 @@ DDS_ReturnCode_t InProcessWriter::write(const RefPtr<Message>& message, Deadline
   }
 }
 
-Admission InProcessWriter::deliver(const RefPtr<Message>& message, Blocked& blocked, Notifications& notifications) {
+Admission InProcessWriter::deliver(RefPtr<Message>& message, Blocked& blocked, Notifications& notifications) {
   if (targets_.empty()) { return Admission::accepted; }
   if (targets_.size() > 1) { return deliver_to_all(message, blocked, notifications); }
-  const Route& route = targets_.front().route;
+  const Route& route = *targets_.front().route;
   const Admission admission = route.reader->deliver(message, *route.self, notifications);
   if (admission == Admission::full) { blocked = {route.reader, route.self->space_ticket}; }
   return admission;
@@ -132,15 +132,16 @@ Admission InProcessWriter::deliver(const RefPtr<Message>& message, Blocked& bloc
 Admission InProcessWriter::deliver_to_all(const RefPtr<Message>& message, Blocked& blocked,
                                           Notifications& notifications) {
   for (auto target = targets_.begin(); target != targets_.end(); ++target) {
-    const Route& route = target->route;
-    const Admission admission = route.reader->reserve(message, *route.self, target->reservation);
+    const Route& route = *target->route;
+    RefPtr<Message> shared(message.get());
+    const Admission admission = route.reader->reserve(shared, *route.self, target->reservation);
     if (admission == Admission::accepted || admission == Admission::dropped) { continue; }
     if (admission == Admission::full) { blocked = {route.reader, route.self->space_ticket}; }
     std::for_each(targets_.begin(), target,
-                  [](const Target& reserved) { reserved.route.reader->cancel(reserved.reservation); });
+                  [](const Target& reserved) { reserved.route->reader->cancel(reserved.reservation); });
     return admission;
   }
-  for (const Target& target : targets_) { target.route.reader->commit(target.reservation, notifications); }
+  for (const Target& target : targets_) { target.route->reader->commit(target.reservation, notifications); }
   return Admission::accepted;
 }
 

@@ -47,7 +47,7 @@ class InProcessWriter final : public TransportWriter {
 
   void announce() override { bus_->add(*this); }
   const DDS_GUID_t& guid() const override { return guid_; }
-  DDS_ReturnCode_t write(const RefPtr<Message>& message, Deadline& deadline, DDS_SampleIdentity_t& assigned) override
+  DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) override
       DDS_EXCLUDES(mutex_);
 
   // For the bus, under its lock.
@@ -64,7 +64,7 @@ class InProcessWriter final : public TransportWriter {
     const Filter* filter;  // null: takes everything that it is offered
   };
   struct Target {
-    Route route;
+    const Route* route;
     ReaderCore::Reservation reservation;
   };
   struct GuidHash {
@@ -81,7 +81,7 @@ class InProcessWriter final : public TransportWriter {
 
   RemoteWriter* remove_route(const InProcessReader& reader) DDS_REQUIRES(mutex_);
   void find_targets(const Message& message) DDS_REQUIRES(mutex_);
-  ReaderCore::Admission deliver(const RefPtr<Message>& message, Blocked& blocked, Notifications& notifications)
+  ReaderCore::Admission deliver(RefPtr<Message>& message, Blocked& blocked, Notifications& notifications)
       DDS_REQUIRES(mutex_);
   ReaderCore::Admission deliver_to_all(const RefPtr<Message>& message, Blocked& blocked, Notifications& notifications)
       DDS_REQUIRES(mutex_);

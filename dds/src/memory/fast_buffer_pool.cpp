@@ -137,8 +137,8 @@ bool is_power_of_two(std::size_t number) { return number != 0 && (number & (numb
 /// What is wrong with a property; null when it is right.
 const char* fault_of(const MORAFastBufferPoolProperty& property) {
   const bool bounded = property.maximal != -1;
-  if (property.initial < 0 || (bounded && property.initial > property.maximal)) { return "initial"; }
   if (bounded && property.maximal < 1) { return "maximal"; }
+  if (property.initial < 0 || (bounded && property.initial > property.maximal)) { return "initial"; }
   if (property.increment < -1) { return "increment"; }
   if (property.multi_thread_access != 1) { return "multi_thread_access"; }
   for (const int reserved : property.reserved) {

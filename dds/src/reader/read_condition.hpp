@@ -14,7 +14,7 @@ class ReaderCore;
 /// call.
 class ReadConditionImpl final : public DDSReadCondition, public DDS_ReadCondition {
  public:
-  explicit ReadConditionImpl(ReaderCore& reader) : reader_(reader), core_(new ConditionCore) {
+  ReadConditionImpl(ReaderCore& reader, OwnerLock& lock) : reader_(reader), core_(new ConditionCore(lock)) {
     watch_.condition = core_;
   }
   ~ReadConditionImpl() override { core_->unref(); }

@@ -29,7 +29,7 @@ void ReaderCore::remove_writer(RemoteWriter* writer, Notifications& notification
   if (bounded_) { space_.notify(); }  // its instances may have gone with it
 }
 
-ReaderCore::Admission ReaderCore::deliver(const RefPtr<Message>& message, RemoteWriter& writer,
+ReaderCore::Admission ReaderCore::deliver(RefPtr<Message>& message, RemoteWriter& writer,
                                           Notifications& notifications) {
   Reservation reservation;
   const MutexLock lock(mutex_);
@@ -38,8 +38,7 @@ ReaderCore::Admission ReaderCore::deliver(const RefPtr<Message>& message, Remote
   return admission;
 }
 
-ReaderCore::Admission ReaderCore::reserve(const RefPtr<Message>& message, RemoteWriter& writer,
-                                          Reservation& reservation) {
+ReaderCore::Admission ReaderCore::reserve(RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation) {
   const MutexLock lock(mutex_);
   return try_reserve(message, writer, reservation);
 }
@@ -58,7 +57,7 @@ void ReaderCore::cancel(const Reservation& reservation) {
   space_.notify();  // the place may be what another writer waits for
 }
 
-ReaderCore::Admission ReaderCore::try_reserve(const RefPtr<Message>& message, RemoteWriter& writer,
+ReaderCore::Admission ReaderCore::try_reserve(RefPtr<Message>& message, RemoteWriter& writer,
                                               Reservation& reservation) {
   reservation.entry = cache_.reserve(message, writer, reservation.why);
   if (reservation.entry != nullptr) { return Admission::accepted; }

@@ -38,12 +38,13 @@ bool wants_no_writers_sample(const DDS_PropertyQosPolicy& properties) {
 DDSDataReader* ReadConditionImpl::get_datareader() { return &reader_.api(); }
 
 ReaderCore::ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, const DDS_DataReaderQos& qos)
-    : StatusDispatch(mutex_, api),
+    : StatusDispatch(api),
       api_(api),
       type_(type),
       qos_(qos),
       handle_(next_entity_handle()),
       bounded_(is_bounded(qos.resource_limits)),
+      mutex_(owner_lock().mutex),
       cache_(type, limits(qos), wants_no_writers_sample(qos.property)) {}
 
 ReaderCore::~ReaderCore() {
@@ -112,7 +113,7 @@ ReadConditionImpl* ReaderCore::make_condition(DDS_SampleStateMask sample_states,
       idle_conditions_ = condition->next_;
       --idle_condition_count_;
     } else {
-      condition = std::make_unique<ReadConditionImpl>(*this);
+      condition = std::make_unique<ReadConditionImpl>(*this, owner_lock());
     }
     condition->sample_states_ = sample_states;
     condition->view_states_ = view_states;
@@ -192,20 +193,25 @@ DDS_ReturnCode_t ReaderCore::lend(const ReaderCache::Selection& selection, std::
 // The messages are released after the lock, because a type's own code may run when the last reference goes.
 DDS_ReturnCode_t ReaderCore::return_loan(void** data, DDS_SampleInfoSeq& infos) {
   if (data == nullptr || infos.has_ownership()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-  std::array<RefPtr<Message>, kFewMessages> few;
+  Message* few[kFewMessages];
+  std::size_t count = 0;
   Loan* many = nullptr;
   {
     const MutexLock lock(mutex_);
     Loan* loan = cache_.loans().end(data, infos.get_contiguous_buffer());
     if (loan == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-    if (loan->count <= few.size()) {
-      for (std::size_t i = 0; i < loan->count; ++i) { few[i] = RefPtr<Message>::adopt(loan->messages[i]); }
+    if (loan->count <= kFewMessages) {
+      while (count < loan->count) {
+        few[count] = loan->messages[count];
+        ++count;
+      }
       cache_.loans().recycle(loan);
     } else {
       many = loan;
     }
   }
   infos.unloan();
+  for (std::size_t i = 0; i < count; ++i) { few[i]->unref(); }
   if (many != nullptr) {
     for (std::size_t i = 0; i < many->count; ++i) { many->messages[i]->unref(); }
     const MutexLock lock(mutex_);

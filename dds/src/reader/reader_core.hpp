@@ -39,14 +39,12 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
       DDS_EXCLUDES(mutex_);
   void remove_writer(RemoteWriter* writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) DDS_EXCLUDES(mutex_);
-  /// Takes a sample in. A reliable sample that finds the reader full is not counted as dropped: `full`, and the caller
-  /// must follow with `wait_for_space`.
-  Admission deliver(const RefPtr<Message>& message, RemoteWriter& writer, Notifications& notifications)
-      DDS_EXCLUDES(mutex_);
+  /// Takes a sample in, and with it the caller's reference. A reliable sample that finds the reader full is not counted
+  /// as dropped: `full`, and the caller must follow with `wait_for_space`.
+  Admission deliver(RefPtr<Message>& message, RemoteWriter& writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
   /// The same in two steps: a place for the sample, which is then either committed or cancelled. A sample that is
   /// `dropped` is committed too, and counted then.
-  Admission reserve(const RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation)
-      DDS_EXCLUDES(mutex_);
+  Admission reserve(RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation) DDS_EXCLUDES(mutex_);
   void commit(const Reservation& reservation, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void cancel(const Reservation& reservation) DDS_EXCLUDES(mutex_);
   /// After `full`, with the ticket left in the writer: blocks until the reader may have room, or the deadline. Call it
@@ -90,8 +88,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   void tell(DDS_StatusMask status) override;
   template <class Status>
   DDS_ReturnCode_t read_status(DDS_StatusMask mask, Status ReaderCore::*own, Status& status) DDS_EXCLUDES(mutex_);
-  Admission try_reserve(const RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation)
-      DDS_REQUIRES(mutex_);
+  Admission try_reserve(RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation) DDS_REQUIRES(mutex_);
   void settle(const Reservation& reservation, Notifications& notifications) DDS_REQUIRES(mutex_);
   ReadConditionImpl* make_condition(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
                                     DDS_InstanceStateMask instance_states, const std::uint64_t* key,
@@ -106,7 +103,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   const DDS_InstanceHandle_t handle_;
   const bool bounded_;  // has limits, so that writers may have to wait
 
-  Mutex mutex_;
+  Mutex& mutex_;  // the owner lock of the base
   ReaderCache cache_ DDS_GUARDED_BY(mutex_);
   std::vector<std::string> index_names_ DDS_GUARDED_BY(mutex_);
   std::vector<RemoteWriter*> writers_ DDS_GUARDED_BY(mutex_);

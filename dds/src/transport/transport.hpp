@@ -32,8 +32,7 @@ class TransportWriter {
   /// Gives the message the next identity and delivers it to every matched reader whose filter admits it, or to none:
   /// `DDS_RETCODE_TIMEOUT` when a reader had no room until the deadline, `DDS_RETCODE_OUT_OF_RESOURCES`. On success
   /// `assigned` has the identity before any reader has the sample; on failure it is automatic. Thread-safe.
-  virtual DDS_ReturnCode_t write(const RefPtr<Message>& message, Deadline& deadline,
-                                 DDS_SampleIdentity_t& assigned) = 0;
+  virtual DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) = 0;
 };
 
 /// A reader in a transport; destroying it withdraws it, after which nothing is delivered to its sink.

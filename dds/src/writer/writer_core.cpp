@@ -1,6 +1,7 @@
 #include "writer/writer_core.hpp"
 
 #include <algorithm>
+#include <cstring>
 
 #include "condition/status_counts.hpp"
 #include "log/log.hpp"
@@ -13,18 +14,20 @@ namespace {
 constexpr char kWrite[] = "DDSDataWriter::write";
 
 bool is_automatic(const DDS_SampleIdentity_t& identity) {
-  return identity.sequence_number == DDS_AUTO_SEQUENCE_NUMBER && DDS_GUID_equals(&identity.writer_guid, &DDS_GUID_AUTO);
+  return identity.sequence_number == DDS_AUTO_SEQUENCE_NUMBER &&
+         std::memcmp(&identity.writer_guid, &DDS_GUID_AUTO, sizeof(DDS_GUID_t)) == 0;
 }
 
 }  // namespace
 
 WriterCore::WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, const DDS_DataWriterQos& qos)
-    : StatusDispatch(mutex_, api),
+    : StatusDispatch(api),
       api_(api),
       type_(type),
       qos_(qos),
       handle_(next_entity_handle()),
-      pool_(new MessagePool(type)) {}
+      pool_(new MessagePool(type)),
+      mutex_(owner_lock().mutex) {}
 
 WriterCore::~WriterCore() { pool_->close(); }
 
@@ -44,12 +47,12 @@ DDS_ReturnCode_t WriterCore::write(MessageKind kind, const void* data, DDS_Write
     DDS_LOG_FAILURE(kWrite, DDS_LOG_UNSUPPORTED_s, "a cookie in the write parameters");
     return DDS_RETCODE_UNSUPPORTED;
   }
-  const RefPtr<Message> message = pool_->acquire();
+  RefPtr<Message> message = pool_->acquire();
   if (message.get() == nullptr) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   const DDS_ReturnCode_t filled = fill(*message, kind, data, params);
   if (filled != DDS_RETCODE_OK) { return filled; }
   Deadline deadline(qos_.reliability.max_blocking_time);
-  return endpoint_->write(message, deadline, params.identity);
+  return endpoint_->write(std::move(message), deadline, params.identity);
 }
 
 DDS_ReturnCode_t WriterCore::fill(Message& message, MessageKind kind, const void* data,

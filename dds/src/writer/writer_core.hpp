@@ -61,7 +61,7 @@ class WriterCore final : public DDS_DataWriter, public StatusDispatch {
   MessagePool* const pool_;  // closed by the destructor
   std::unique_ptr<TransportWriter> endpoint_;
 
-  Mutex mutex_;
+  Mutex& mutex_;  // the owner lock of the base
   std::vector<DDS_InstanceHandle_t> readers_ DDS_GUARDED_BY(mutex_);
   DDS_OfferedIncompatibleQosStatus incompatible_ DDS_GUARDED_BY(mutex_);
   DDS_PublicationMatchedStatus matched_ DDS_GUARDED_BY(mutex_);

@@ -38,8 +38,9 @@ class ZEMTRA_EXPORT RequesterUntypedImpl : public EntityUntypedImpl {
 
   /// Waits until the reader holds `min_count` replies to a request (true) or `max_wait` has passed (false); replies
   /// that are already there count, whether read or not. Replies that were counted are marked as read, as by
-  /// `wait_for_samples`. `BadParameterException` for an identity that no request can have, `std::bad_alloc` when there
-  /// is no wait set.
+  /// `wait_for_samples`, and then wake nobody else: where several threads wait for the same request, one that counts a
+  /// reply first can keep the others waiting until their time is over. `BadParameterException` for an identity that no
+  /// request can have, `std::bad_alloc` when there is no wait set.
   bool wait_for_replies(const DDS_Duration_t& max_wait, int min_count, const DDS_SampleIdentity_t& related_request_id);
 
   /// Lends up to `max_samples` replies to a request, read or unread, taking them out of the reader if `take`. With none

@@ -1,0 +1,154 @@
+#include <dds/qos.hpp>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+#include "allocations.hpp"
+#include "qos/topic_qos_map.hpp"
+
+namespace {
+
+using Helper = DDSPropertyQosPolicyHelper;
+
+DDS_DataWriterQos named_writer_qos(const char* role_name, const char* property_value) {
+  DDS_DataWriterQos qos;
+  qos.publication_name.name = DDS_String_dup("name");
+  qos.publication_name.role_name = DDS_String_dup(role_name);
+  EXPECT_EQ(Helper::add_property(qos.property, "property", property_value, true), DDS_RETCODE_OK);
+  return qos;
+}
+
+TEST(Qos, CopiesAreDeepAndOverwriteWhatWasThere) {
+  DDS_DataWriterQos source = named_writer_qos("role", "value");
+  source.history.depth = 7;
+  DDS_DataWriterQos copy = named_writer_qos("former role", "former value");
+  ASSERT_EQ(DDS_DataWriterQos_copy(&copy, &source), DDS_RETCODE_OK);
+  source.publication_name.role_name[0] = 'X';
+  EXPECT_STREQ(copy.publication_name.role_name, "role");
+  EXPECT_STREQ(copy.publication_name.name, "name");
+  EXPECT_STREQ(Helper::lookup_property(copy.property, "property")->value, "value");
+  EXPECT_TRUE(Helper::lookup_property(copy.property, "property")->propagate);
+  EXPECT_EQ(copy.history.depth, 7);
+  EXPECT_EQ(DDS_DataWriterQos_copy(&copy, &copy), DDS_RETCODE_OK);
+  EXPECT_STREQ(copy.publication_name.role_name, "role");
+
+  DDS_DataReaderQos reader;
+  reader.subscription_name.role_name = DDS_String_dup("reader");
+  reader.reader_resource_limits.max_samples_per_read = 3;
+  DDS_DataReaderQos reader_copy;
+  ASSERT_EQ(DDS_DataReaderQos_copy(&reader_copy, &reader), DDS_RETCODE_OK);
+  EXPECT_STREQ(reader_copy.subscription_name.role_name, "reader");
+  EXPECT_NE(reader_copy.subscription_name.role_name, reader.subscription_name.role_name);
+  EXPECT_EQ(reader_copy.reader_resource_limits.max_samples_per_read, 3);
+  EXPECT_EQ(DDS_DataReaderQos_copy(&reader_copy, nullptr), DDS_RETCODE_BAD_PARAMETER);
+}
+
+TEST(Qos, ACopyThatFindsNoMemoryChangesNothing) {
+  const DDS_DataWriterQos source = named_writer_qos("role", "value");
+  DDS_DataWriterQos copy = named_writer_qos("former", "former");
+  fail_each_allocation([&] { return DDS_DataWriterQos_copy(&copy, &source) == DDS_RETCODE_OK; },
+                       [&] {
+                         EXPECT_STREQ(copy.publication_name.role_name, "former");
+                         EXPECT_STREQ(Helper::lookup_property(copy.property, "property")->value, "former");
+                       });
+  EXPECT_STREQ(copy.publication_name.role_name, "role");
+}
+
+TEST(Qos, TokensAreDistinctAndHoldTheDefaults) {
+  EXPECT_NE(static_cast<const void*>(&DDS_PUBLISHER_QOS_DEFAULT), &DDS_SUBSCRIBER_QOS_DEFAULT);
+  EXPECT_EQ(DDS_DATAWRITER_QOS_DEFAULT.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS);
+  EXPECT_EQ(DDS_DATAREADER_QOS_DEFAULT.reliability.kind, DDS_BEST_EFFORT_RELIABILITY_QOS);
+  EXPECT_EQ(DDS_TOPIC_QOS_DEFAULT.history.depth, 1);
+  EXPECT_EQ(DDS_PARTICIPANT_QOS_DEFAULT.property.value.length(), 0);
+}
+
+TEST(Properties, AreAddedOnceAndFoundByName) {
+  DDS_PropertyQosPolicy policy;
+  EXPECT_EQ(Helper::lookup_property(policy, "a"), nullptr);
+  EXPECT_EQ(Helper::add_property(policy, "a", "1", false), DDS_RETCODE_OK);
+  EXPECT_EQ(Helper::add_property(policy, "ab", "2", true), DDS_RETCODE_OK);
+  EXPECT_EQ(Helper::add_property(policy, "a", "3", false), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(Helper::add_property(policy, nullptr, "3", false), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(Helper::add_property(policy, "c", nullptr, false), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(policy.value.length(), 2);
+  EXPECT_STREQ(Helper::lookup_property(policy, "a")->value, "1");
+  EXPECT_FALSE(Helper::lookup_property(policy, "a")->propagate);
+  EXPECT_TRUE(Helper::lookup_property(std::as_const(policy), "ab")->propagate);
+  EXPECT_EQ(Helper::lookup_property(policy, nullptr), nullptr);
+}
+
+TEST(Properties, WithoutNameAreAllowedAndNeverFound) {
+  DDS_PropertyQosPolicy policy;
+  ASSERT_TRUE(policy.value.ensure_length(1, 1));
+  EXPECT_EQ(Helper::lookup_property(policy, ""), nullptr);
+  EXPECT_EQ(Helper::add_property(policy, "a", "1", false), DDS_RETCODE_OK);
+  EXPECT_STREQ(Helper::lookup_property(policy, "a")->value, "1");
+}
+
+TEST(Properties, AddingWithoutMemoryChangesNothing) {
+  DDS_PropertyQosPolicy policy;
+  ASSERT_EQ(Helper::add_property(policy, "a", "1", false), DDS_RETCODE_OK);
+  fail_each_allocation([&] { return Helper::add_property(policy, "b", "2", false) == DDS_RETCODE_OK; },
+                       [&] { EXPECT_EQ(policy.value.length(), 1); });
+  EXPECT_STREQ(Helper::lookup_property(policy, "a")->value, "1");
+  EXPECT_STREQ(Helper::lookup_property(policy, "b")->value, "2");
+}
+
+TEST(TopicPatterns, MatchWholeNames) {
+  struct Case {
+    const char* pattern;
+    const char* name;
+    bool matches;
+  };
+  for (const Case& c :
+       {Case{"", "", true},        {"", "a", false},         {"*", "", true},        {"*", "anything", true},
+        {"?", "", false},          {"?", "a", true},         {"?", "ab", false},     {"abc", "abc", true},
+        {"abc", "abcd", false},    {"abcd", "abc", false},   {"a*c", "abbbc", true}, {"a*c", "abbbcd", false},
+        {"*ab", "aab", true},      {"*ab*", "xxabxx", true}, {"a?c*", "abc", true},  {"*a*b*c*", "1a2b3c", true},
+        {"*a*b*c*", "cba", false}, {"**?**", "x", true},     {"**?**", "", false},   {"Calc*Reply", "CalcReply", true},
+        {"calc*", "Calc", false}}) {
+    EXPECT_EQ(dds::matches_pattern(c.pattern, c.name), c.matches) << c.pattern << " on " << c.name;
+  }
+}
+
+TEST(TopicPatterns, ManyStarsOnALongNameDoNotExplode) {
+  std::string pattern;
+  for (int i = 0; i < 200; ++i) { pattern += "*a"; }
+  pattern += "b";
+  EXPECT_FALSE(dds::matches_pattern(pattern.c_str(), std::string(5000, 'a').c_str()));
+  EXPECT_TRUE(dds::matches_pattern(pattern.c_str(), (std::string(5000, 'a') + "b").c_str()));
+}
+
+TEST(TopicQosMap, TheFirstMatchingPatternInTheOrderOfSettingCounts) {
+  dds::TopicQosMap<int> map;
+  map.set_general(1);
+  map.set("Calc*", 2);
+  map.set("CalcReply", 3);
+  EXPECT_EQ(map.find("CalcReply"), 2);
+  EXPECT_EQ(map.find("Other"), 1);
+  EXPECT_EQ(map.find(nullptr), 1);
+  map.set("Calc*", 4);
+  EXPECT_EQ(map.find("CalcReply"), 4) << "a pattern that is set again keeps its place";
+  EXPECT_EQ(map.general(), 1);
+}
+
+TEST(TopicQosMap, SettingWithoutMemoryChangesNothing) {
+  dds::TopicQosMap<DDS_DataWriterQos> map;
+  map.set("Calc*", named_writer_qos("former", "former"));
+  const DDS_DataWriterQos qos = named_writer_qos("role", "value");
+  const auto find = [&](const char* topic) { return std::string(map.find(topic).publication_name.role_name); };
+  const auto attempt = [&](const char* pattern) {
+    try {
+      map.set(pattern, qos);
+      return true;
+    } catch (const std::bad_alloc&) { return false; }
+  };
+  fail_each_allocation([&] { return attempt("Calc*"); }, [&] { EXPECT_EQ(find("Calculator"), "former"); });
+  EXPECT_EQ(find("Calculator"), "role");
+  fail_each_allocation([&] { return attempt("Another topic, with a long name"); },
+                       [&] { EXPECT_EQ(map.find("Another topic, with a long name").publication_name.name, nullptr); });
+}
+
+}  // namespace

@@ -1,0 +1,119 @@
+// Counts every allocation from the heap, of all libraries, by standing in for the functions of the C library.
+
+#include <gtest/gtest.h>
+#include <dds/builtin_types.hpp>
+#include <dds/domain_participant_factory.hpp>
+#include <requestreply/requestreply.hpp>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+}
+
+namespace {
+
+std::atomic<long> allocations{0};
+
+}  // namespace
+
+extern "C" {
+void* malloc(std::size_t size) noexcept {
+  ++allocations;
+  return __libc_malloc(size);
+}
+void* calloc(std::size_t count, std::size_t size) noexcept {
+  ++allocations;
+  return __libc_calloc(count, size);
+}
+void* realloc(void* memory, std::size_t size) noexcept {
+  ++allocations;
+  return __libc_realloc(memory, size);
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+  ++allocations;
+  return __libc_memalign(alignment, size);
+}
+int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept {
+  ++allocations;
+  *memory = __libc_memalign(alignment, size);
+  return *memory == nullptr ? ENOMEM : 0;
+}
+}
+
+namespace {
+
+using zemtra::details::ReplierUntypedImpl;
+using zemtra::details::RequesterUntypedImpl;
+
+const char* register_string(DDSTypeSupport* /*type_support*/, DDSDomainParticipant* participant) {
+  const char* name = DDSStringTypeSupport::get_type_name();
+  return DDSStringTypeSupport::register_type(participant, name) == DDS_RETCODE_OK ? name : nullptr;
+}
+
+class ReplierParams : public zemtra::details::EntityParams {
+ public:
+  explicit ReplierParams(DDSDomainParticipant* participant) : EntityParams(participant) { service_name_ = "Calc"; }
+};
+
+constexpr DDS_Duration_t kLong{60, 0};
+constexpr const char* kText = "a text that is too long for a string object to hold it in place";
+
+/// One request, two replies that are waited for together, and everything given back.
+void round_trip(RequesterUntypedImpl& requester, ReplierUntypedImpl& replier) {
+  DDS_WriteParams_t request;
+  requester.send_sample(&kText, request);
+
+  void** data = nullptr;
+  int count = 0;
+  DDS_SampleInfoSeq infos;
+  ASSERT_TRUE(replier.receive_sample_loaned(&data, &count, infos, 1, kLong, 1));
+  const auto identity = zemtra::details::get_sample_identity_from_sample_info(infos[0]);
+  replier.return_loan(data, infos);
+  for (int i = 0; i < 2; ++i) {
+    DDS_WriteParams_t reply;
+    replier.send_sample(&kText, identity, reply);
+  }
+
+  ASSERT_TRUE(requester.wait_for_replies(kLong, 2, request.identity));
+  requester.get_reply_loaned(&data, &count, infos, 10, request.identity, true);
+  ASSERT_EQ(count, 2);
+  EXPECT_STREQ(*static_cast<char**>(data[1]), kText);
+  requester.return_loan(data, infos);
+  requester.get_reply_loaned(&data, &count, infos, 10, request.identity, true);
+  ASSERT_EQ(count, 0);
+  ASSERT_FALSE(requester.wait_for_replies(DDS_DURATION_ZERO, 1, request.identity));
+}
+
+TEST(Allocation, CounterSeesTheAllocationsOfTheLibraries) {
+  const long before = allocations;
+  DDS_String_free(DDS_String_dup(kText));
+  EXPECT_GT(allocations, before);
+}
+
+TEST(Allocation, DoesNotHappenInASteadyRoundTrip) {
+  DDSDomainParticipantFactory* factory = DDSDomainParticipantFactory::get_instance();
+  DDSDomainParticipant* participant =
+      factory->create_participant(0, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE);
+  {
+    const ReplierParams replier_params(participant);
+    ReplierUntypedImpl replier;
+    replier.initialize(replier_params, register_string, register_string, sizeof(char*), nullptr, false);
+    zemtra::RequesterParams requester_params(participant);
+    RequesterUntypedImpl requester(requester_params.service_name("Calc"), register_string, register_string,
+                                   sizeof(char*), false);
+    for (int i = 0; i < 1000; ++i) { round_trip(requester, replier); }
+    const long before = allocations;
+    for (int i = 0; i < 1000; ++i) { round_trip(requester, replier); }
+    EXPECT_EQ(allocations - before, 0);
+  }
+  participant->delete_contained_entities();
+  EXPECT_EQ(factory->delete_participant(participant), DDS_RETCODE_OK);
+}
+
+}  // namespace

@@ -1,0 +1,135 @@
+#include "requestreply/fixture.hpp"
+
+namespace requestreply_test {
+namespace {
+
+using zemtra::details::CorrelationCFTBuilder;
+
+class CorrelationFilter : public RequestReply {
+ protected:
+  DDSContentFilteredTopic* create(DDSTopic* topic, const DDS_GUID_t& guid) {
+    return CorrelationCFTBuilder().create_correlation_cft(participant_.get(), topic, guid);
+  }
+  const DDS_GUID_t guid_{{0x01, 0x0f, 0x10, 0xab}};
+};
+
+TEST_F(CorrelationFilter, IsNamedAndWrittenCharacterByCharacter) {
+  EXPECT_STREQ(CorrelationCFTBuilder::GUID_FIELD_NAME, "@related_sample_identity.writer_guid.value");
+  DDSTopic* topic = make_topic("CalcReply");
+  DDSContentFilteredTopic* filtered = create(topic, guid_);
+  EXPECT_STREQ(filtered->get_name(), "CalcReply_010f10ab000000000000000000000000");
+  EXPECT_STREQ(filtered->get_filter_expression(),
+               "@related_sample_identity.writer_guid.value = &hex(010f10ab000000000000000000000000)");
+  EXPECT_EQ(filtered->get_related_topic(), topic);
+  DDS_StringSeq parameters;
+  EXPECT_EQ(filtered->get_expression_parameters(parameters), DDS_RETCODE_OK);
+  EXPECT_EQ(parameters.length(), 0);
+  EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
+}
+
+TEST_F(CorrelationFilter, RendersEachOctetAsTwoLowerCaseDigits) {
+  DDSTopic* topic = make_topic("T");
+  const char* digits = "0123456789abcdef";
+  for (unsigned int first = 0; first < 256; first += 16) {
+    DDS_GUID_t guid;
+    std::string expected = "T_";
+    for (unsigned int i = 0; i < 16; ++i) {
+      guid.value[i] = static_cast<DDS_Octet>(first + i);
+      expected += {digits[first / 16], digits[i]};
+    }
+    DDSContentFilteredTopic* filtered = create(topic, guid);
+    EXPECT_EQ(filtered->get_name(), expected);
+    EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
+  }
+}
+
+TEST_F(CorrelationFilter, AcceptsATopicNameOf190CharactersAndNoLonger) {
+  DDSTopic* longest = make_topic(std::string(190, 'x'));
+  DDSContentFilteredTopic* filtered = create(longest, guid_);
+  EXPECT_EQ(std::string(filtered->get_name()).size(), 223u);
+  EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
+
+  const std::string name(191, 'x');
+  DDSTopic* too_long = make_topic(name);
+  Seam::get().reset();
+  EXPECT_EQ(message_of<zemtra::BadParameterException>([&] { create(too_long, guid_); }),
+            report("CorrelationCFTBuilder::create_correlation_cft", DDS_LOG_BAD_PARAMETER_s,
+                   "topic name is too long: " + name));
+  EXPECT_EQ(log_.lines().size(), 1u);
+  EXPECT_EQ(Seam::get().count(Call::create_contentfilteredtopic), 0);
+}
+
+TEST_F(CorrelationFilter, OfARequesterLimitsTheReplyTopicsName) {
+  const std::string service(185, 's');
+  EXPECT_NO_THROW(make_requester(requester_params().service_name(service)));
+  const std::string longer = service + "s";
+  EXPECT_EQ(message_of<zemtra::BadParameterException>([&] { make_requester(requester_params().service_name(longer)); }),
+            "zemtra::details::EntityUntypedImpl::initialize failure caused by " +
+                report("CorrelationCFTBuilder::create_correlation_cft", DDS_LOG_BAD_PARAMETER_s,
+                       "topic name is too long: " + longer + "Reply"));
+}
+
+TEST_F(CorrelationFilter, CannotBeMadeTwiceForOneWriter) {
+  DDSTopic* topic = make_topic("CalcReply");
+  DDSContentFilteredTopic* filtered = create(topic, guid_);
+  log_.clear();
+  EXPECT_EQ(message_of<zemtra::RuntimeException>([&] { create(topic, guid_); }),
+            report("CorrelationCFTBuilder::create_correlation_cft", QVX_LOG_CREATE_s,
+                   "content-filtered topic for topic CalcReply"));
+  EXPECT_EQ(log_.lines().size(), 1u);
+  EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
+}
+
+TEST_F(CorrelationFilter, NamesTheRequestersOwnWriter) {
+  const auto a = make_requester();
+  const auto b = make_requester();
+  std::vector<std::string> names;
+  for (const auto* requester : {a.get(), b.get()}) {
+    auto* filtered = DDSContentFilteredTopic::narrow(requester->reader_topic);
+    ASSERT_NE(filtered, nullptr);
+    EXPECT_STREQ(filtered->get_related_topic()->get_name(), "CalcReply");
+    DDS_DataWriterQos qos;
+    ASSERT_EQ(requester->writer->get_qos(qos), DDS_RETCODE_OK);
+    std::string hex;
+    for (const DDS_Octet octet : qos.protocol.writer_guid.value) {
+      char two[3];
+      std::snprintf(two, sizeof(two), "%02x", octet);
+      hex += two;
+    }
+    EXPECT_EQ(filtered->get_name(), "CalcReply_" + hex);
+    names.emplace_back(filtered->get_name());
+  }
+  EXPECT_NE(names[0], names[1]);
+}
+
+TEST_F(CorrelationFilter, RefusesAReplyTopicThatIsAFilteredOneAlready) {
+  DDSContentFilteredTopic* filtered = make_filtered_topic("CalcReply", make_topic("related"));
+  Seam::get().reset();
+  const std::string msg = message_of<zemtra::PreconditionNotMetException>([&] { make_requester(); });
+  EXPECT_THAT(msg, ::testing::HasSubstr("a content-filtered topic with the name already exists (CalcReply)"));
+  EXPECT_EQ(Seam::get().count(Call::create_contentfilteredtopic), 0);
+  EXPECT_EQ(Seam::get().count(Call::delete_datawriter), 1);
+  EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
+}
+
+TEST_F(CorrelationFilter, TakesExplicitTopicNamesBeforeTheServiceName) {
+  const auto requester =
+      make_requester(requester_params().service_name("").request_topic_name("Ask").reply_topic_name("Answer"));
+  EXPECT_STREQ(requester->writer_topic->get_name(), "Ask");
+  EXPECT_STREQ(DDSContentFilteredTopic::narrow(requester->reader_topic)->get_related_topic()->get_name(), "Answer");
+}
+
+TEST_F(CorrelationFilter, IsMadeForTheAutomaticGuidWhenTheWritersCannotBeAsked) {
+  Seam::get().plan({Call::get_writer_qos});
+  const auto requester = make_requester();
+  std::string expected = "CalcReply_";
+  for (const DDS_Octet octet : DDS_GUID_AUTO.value) {
+    char two[3];
+    std::snprintf(two, sizeof(two), "%02x", octet);
+    expected += two;
+  }
+  EXPECT_EQ(requester->reader_topic->get_name(), expected);
+}
+
+}  // namespace
+}  // namespace requestreply_test

@@ -1,0 +1,315 @@
+#include <atomic>
+#include <thread>
+
+#include "requestreply/fixture.hpp"
+
+namespace requestreply_test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const DDS_SequenceNumber_t kSpecialNumbers[] = {DDS_AUTO_SEQUENCE_NUMBER, DDS::SEQUENCE_NUMBER_MAX,
+                                                DDS::SEQUENCE_NUMBER_ZERO, DDS::SEQUENCE_NUMBER_UNKNOWN};
+
+class Requester : public RequestReply {
+ protected:
+  Requester() : replier_(make_replier()), requester_(make_requester()), pool_(Seam::get().pools.at(0).pool) {}
+
+  DDS_SampleIdentity_t ask(const std::string& text) { return send(*requester_, text); }
+  void answer(const DDS_SampleIdentity_t& request, const std::string& text) { reply(*replier_, request, text); }
+
+  /// How many conditions the idle wait sets hold in all.
+  int conditions_in_pool() {
+    std::vector<void*> taken(static_cast<std::size_t>(MORAFastBufferPool_getIdleCount(pool_)));
+    int conditions = 0;
+    for (void*& buffer : taken) {
+      buffer = MORAFastBufferPool_getBufferWithSize(pool_, -1);
+      DDSConditionSeq attached;
+      EXPECT_EQ(static_cast<DDSWaitSet*>(buffer)->get_conditions(attached), DDS_RETCODE_OK);
+      conditions += attached.length();
+    }
+    for (void* buffer : taken) { MORAFastBufferPool_returnBuffer(pool_, buffer); }
+    return conditions;
+  }
+
+  std::unique_ptr<Open<ReplierUntypedImpl>> replier_;
+  std::unique_ptr<Open<RequesterUntypedImpl>> requester_;
+  MORAFastBufferPool* pool_;
+};
+
+TEST_F(Requester, ReceivesTheRepliesToItsOwnRequestsOnly) {
+  const auto other = make_requester();
+  const DDS_SampleIdentity_t request = ask("mine");
+  const DDS_SampleIdentity_t foreign = send(*other, "not mine");
+  answer(foreign, "to the other");
+  answer(request, "to me");
+  EXPECT_THAT(take_all(*requester_), ElementsAre("to me"));
+  EXPECT_THAT(take_all(*other), ElementsAre("to the other"));
+}
+
+TEST_F(Requester, PicksOutTheRepliesToOneRequest) {
+  const DDS_SampleIdentity_t first = ask("first");
+  const DDS_SampleIdentity_t second = ask("second");
+  answer(second, "2a");
+  answer(first, "1a");
+  answer(second, "2b");
+  EXPECT_TRUE(requester_->wait_for_replies(kLong, 2, second));
+  EXPECT_FALSE(requester_->wait_for_replies(kShort, 2, first));
+  EXPECT_THAT(take_replies(*requester_, second), ElementsAre("2a", "2b"));
+  EXPECT_THAT(take_replies(*requester_, second), IsEmpty());
+  EXPECT_THAT(take_replies(*requester_, first), ElementsAre("1a"));
+}
+
+TEST_F(Requester, GoesByTheSequenceNumberAlone) {
+  const DDS_SampleIdentity_t request = ask("request");
+  answer(request, "reply");
+  for (const DDS_GUID_t& guid : {DDS_GUID_UNKNOWN, DDS_GUID_AUTO, DDS_GUID_t{{7}}}) {
+    const DDS_SampleIdentity_t same_number{guid, request.sequence_number};
+    EXPECT_TRUE(requester_->wait_for_replies(kLong, 1, same_number));
+    Loan loan(*requester_);
+    requester_->get_reply_loaned(&loan.data, &loan.count, loan.infos, 1, same_number, false);
+    EXPECT_THAT(loan.texts(), ElementsAre("reply"));
+  }
+}
+
+TEST_F(Requester, CountsRepliesThatAreHeldWhetherReadOrNotWithoutWaiting) {
+  const DDS_SampleIdentity_t request = ask("request");
+  answer(request, "a");
+  answer(request, "b");
+  EXPECT_TRUE(requester_->wait_for_replies(kShort, 1, request));
+  EXPECT_TRUE(requester_->wait_for_replies(kShort, 2, request));
+  EXPECT_EQ(Seam::get().count(Call::wait), 0);
+  EXPECT_THAT(sample_states(*requester_->reader), ElementsAre(DDS_READ_SAMPLE_STATE, DDS_READ_SAMPLE_STATE));
+}
+
+TEST_F(Requester, WaitsOnAPooledWaitSetForUnreadRepliesToTheRequest) {
+  const DDS_SampleIdentity_t request = ask("request");
+  const DDS_SampleIdentity_t other = ask("other");
+  answer(request, "a");
+  int waits = 0;
+  Seam::get().on_wait = [&](DDSWaitSet& waitset) -> std::optional<DDS_ReturnCode_t> {
+    EXPECT_NE(&waitset, &requester_->waitset);
+    DDSConditionSeq attached;
+    EXPECT_EQ(waitset.get_conditions(attached), DDS_RETCODE_OK);
+    EXPECT_EQ(attached.length(), 1);
+    EXPECT_EQ(MORAFastBufferPool_getIdleCount(pool_), 1);
+    answer(other, "to another request");
+    if (++waits == 2) { return std::nullopt; }
+    answer(request, "b");
+    return std::nullopt;
+  };
+  EXPECT_TRUE(requester_->wait_for_replies(kLong, 2, request));
+  EXPECT_EQ(waits, 1);
+  EXPECT_EQ(MORAFastBufferPool_getIdleCount(pool_), 2);
+  EXPECT_EQ(conditions_in_pool(), 0);
+}
+
+TEST_F(Requester, CreatesAndDeletesItsConditionsInOrderForEachCall) {
+  const DDS_SampleIdentity_t request = ask("request");
+  answer(request, "reply");
+  Seam::get().reset();
+  EXPECT_TRUE(requester_->wait_for_replies(kLong, 1, request));
+  EXPECT_THAT(
+      Seam::get().trace(),
+      ElementsAre("get_pool_buffer", "reader.create_index_condition(2, 65535, 65535, RequestReplyIndex)",
+                  "reader.create_index_condition(65535, 65535, 65535, RequestReplyIndex)", "waitset.attach_condition",
+                  "reader.read", "reader.return_loan", "condition.get_datareader", "reader.delete_readcondition",
+                  "condition.get_datareader", "reader.delete_readcondition", "return_pool_buffer"));
+  Seam::get().reset();
+  EXPECT_THAT(take_replies(*requester_, request), ElementsAre("reply"));
+  EXPECT_THAT(Seam::get().trace(),
+              ElementsAre("reader.create_index_condition(65535, 65535, 65535, RequestReplyIndex)", "reader.take",
+                          "condition.get_datareader", "reader.delete_readcondition", "reader.return_loan"));
+}
+
+TEST_F(Requester, LendsRepliesReadOrUnreadAndTakesThemOnlyIfAsked) {
+  const DDS_SampleIdentity_t request = ask("request");
+  answer(request, "a");
+  EXPECT_TRUE(requester_->wait_for_replies(kLong, 1, request));
+  answer(request, "b");
+  for (int i = 0; i < 2; ++i) {
+    Loan loan(*requester_);
+    requester_->get_reply_loaned(&loan.data, &loan.count, loan.infos, DDS_LENGTH_UNLIMITED, request, false);
+    EXPECT_THAT(loan.texts(), ElementsAre("a", "b"));
+  }
+  {
+    Loan loan(*requester_);
+    requester_->get_reply_loaned(&loan.data, &loan.count, loan.infos, 1, request, true);
+    EXPECT_THAT(loan.texts(), ElementsAre("a"));
+  }
+  EXPECT_THAT(take_replies(*requester_, request), ElementsAre("b"));
+  Loan nothing(*requester_);
+  EXPECT_NO_THROW(requester_->get_reply_loaned(&nothing.data, &nothing.count, nothing.infos, 1, request, true));
+  EXPECT_EQ(nothing.count, 0);
+}
+
+TEST_F(Requester, RefusesNumbersThatNoRequestCanHaveBeforeAnythingIsCreated) {
+  const std::string failure =
+      report("RequesterUntypedImpl::create_correlation_condition", DDS_LOG_BAD_PARAMETER_s, "sample identity");
+  Seam::get().reset();
+  for (const DDS_SequenceNumber_t& number : kSpecialNumbers) {
+    const DDS_SampleIdentity_t request{{{1}}, number};
+    EXPECT_EQ(message_of<zemtra::BadParameterException>([&] { requester_->wait_for_replies(kLong, 1, request); }),
+              failure);
+    EXPECT_EQ(MORAFastBufferPool_getIdleCount(pool_), 2);
+    Loan loan(*requester_);
+    EXPECT_EQ(message_of<zemtra::BadParameterException>(
+                  [&] { requester_->get_reply_loaned(&loan.data, &loan.count, loan.infos, 1, request, true); }),
+              failure);
+    EXPECT_EQ(message_of<zemtra::BadParameterException>(
+                  [&] { requester_->create_correlation_condition(DDS_ANY_SAMPLE_STATE, number); }),
+              failure);
+  }
+  EXPECT_EQ(Seam::get().count(Call::create_index_condition), 0);
+  EXPECT_EQ(log_.lines().size(), 12u);
+}
+
+TEST_F(Requester, RefusesANegativeNumberOfRepliesAndLeavesNoCondition) {
+  const DDS_SampleIdentity_t request = ask("request");
+  Loan loan(*requester_);
+  EXPECT_EQ(message_of<zemtra::BadParameterException>(
+                [&] { requester_->get_reply_loaned(&loan.data, &loan.count, loan.infos, -5, request, true); }),
+            report("EntityUntypedImpl::get_sample_loaned", DDS_LOG_BAD_PARAMETER_s, "max_samples"));
+  EXPECT_EQ(Seam::get().count(Call::create_index_condition), 1);
+  EXPECT_EQ(Seam::get().count(Call::delete_readcondition), 1);
+}
+
+TEST_F(Requester, MakesItsPoolOfWaitSetsOnce) {
+  ASSERT_EQ(Seam::get().pools.size(), 1u);
+  const support::PoolArguments& pool = Seam::get().pools[0];
+  EXPECT_EQ(pool.buffer_size, sizeof(DDSWaitSet));
+  EXPECT_EQ(pool.alignment, 8u);
+  using Adapter = zemtra::FastObjectPool<DDSWaitSet>::BufferMemoryAdapter<DDSWaitSet>;
+  EXPECT_EQ(pool.initialize, &Adapter::buffer_initialize);
+  EXPECT_EQ(pool.finalize, &Adapter::buffer_finalize);
+  EXPECT_EQ(pool.initialize_param, nullptr);
+  EXPECT_EQ(pool.finalize_param, nullptr);
+  const auto& property = pool.property;
+  EXPECT_THAT((std::vector<int>{property.initial, property.maximal, property.increment, property.multi_thread_access,
+                                property.reserved[0], property.reserved[1], property.reserved[2]}),
+              ElementsAre(2, -1, -1, 1, 0, 0, 0));
+  EXPECT_EQ(pool.name, "8");
+  EXPECT_EQ(pool.initialize_once, 1);
+  EXPECT_EQ(MORAFastBufferPool_getIdleCount(pool_), 2);
+}
+
+struct Unbuildable {
+  Unbuildable() { throw std::runtime_error("unbuildable"); }
+};
+
+TEST(FastObjectPool, SwallowsTheExceptionOfAnObjectThatCannotBeBuilt) {
+  alignas(DDSWaitSet) unsigned char buffer[sizeof(DDSWaitSet)];
+  using Failing = zemtra::FastObjectPool<DDSWaitSet>::BufferMemoryAdapter<Unbuildable>;
+  EXPECT_EQ(Failing::buffer_initialize(buffer, nullptr), 0);
+  using Adapter = zemtra::FastObjectPool<DDSWaitSet>::BufferMemoryAdapter<DDSWaitSet>;
+  ASSERT_EQ(Adapter::buffer_initialize(buffer, nullptr), 1);
+  DDSConditionSeq attached;
+  EXPECT_EQ(reinterpret_cast<DDSWaitSet*>(buffer)->get_conditions(attached), DDS_RETCODE_OK);
+  Adapter::buffer_finalize(buffer, nullptr);
+}
+
+TEST_F(Requester, OwnsAScopedConditionOnlyForTheScope) {
+  const DDS_SampleIdentity_t request = ask("request");
+  {
+    const ScopedReadCondition scoped(
+        requester_->create_correlation_condition(DDS_ANY_SAMPLE_STATE, request.sequence_number));
+    EXPECT_FALSE(scoped.get()->get_trigger_value());
+    answer(request, "reply");
+    EXPECT_TRUE(scoped.get()->get_trigger_value());
+    EXPECT_EQ(Seam::get().count(Call::delete_readcondition), 0);
+  }
+  EXPECT_EQ(Seam::get().count(Call::delete_readcondition), 1);
+  const ScopedReadCondition empty(nullptr);
+  EXPECT_EQ(empty.get(), nullptr);
+  EXPECT_EQ(sizeof(ScopedReadCondition), 2 * sizeof(void*));
+  EXPECT_TRUE(std::has_virtual_destructor_v<ScopedReadCondition>);
+}
+
+TEST_F(Requester, SelectsRepliesByTheirSampleStateToo) {
+  const DDS_SampleIdentity_t request = ask("request");
+  const ScopedReadCondition unread(
+      requester_->create_correlation_condition(DDS_NOT_READ_SAMPLE_STATE, request.sequence_number));
+  const ScopedReadCondition read(
+      requester_->create_correlation_condition(DDS_READ_SAMPLE_STATE, request.sequence_number));
+  answer(request, "a");
+  answer(request, "b");
+  EXPECT_EQ(requester_->touch_samples(1, unread.get()), 1);
+  EXPECT_EQ(requester_->touch_samples(10, read.get()), 1);
+  EXPECT_EQ(requester_->touch_samples(10, unread.get()), 1);
+}
+
+TEST_F(Requester, SeesAReplyThatArrivesBeforeItsWaitBegins) {
+  const DDS_SampleIdentity_t request = ask("request");
+  EXPECT_THAT(take_all(*replier_), ElementsAre("request"));
+  answer(request, "reply");
+  EXPECT_TRUE(requester_->wait_for_replies(DDS_DURATION_ZERO, 1, request));
+}
+
+/// Answers every request twice until it is told to stop.
+void serve(Open<ReplierUntypedImpl>& replier, const std::atomic<bool>& stopped) {
+  while (!stopped) {
+    Loan loan(replier);
+    if (!replier.receive_sample_loaned(&loan.data, &loan.count, loan.infos, 16, {0, 20000000}, 1)) { continue; }
+    for (int i = 0; i < loan.infos.length(); ++i) {
+      const auto request = zemtra::details::get_sample_identity_from_sample_info(loan.infos[i]);
+      for (const char* suffix : {" 1", " 2"}) {
+        const std::string text = loan.texts()[static_cast<std::size_t>(i)] + suffix;
+        const char* sample = text.c_str();
+        DDS_WriteParams_t params;
+        replier.send_sample(&sample, request, params);
+      }
+    }
+  }
+}
+
+TEST_F(Requester, ServesSeveralThreadsAtOnceEachWithItsOwnRequests) {
+  constexpr int kThreads = 4;
+  constexpr int kRequests = 50;
+  std::atomic<bool> stopped{false};
+  std::thread server([&] { serve(*replier_, stopped); });
+  std::atomic<int> right{0};
+  std::vector<std::thread> clients;
+  for (int t = 0; t < kThreads; ++t) {
+    clients.emplace_back([&, t] {
+      for (int i = 0; i < kRequests; ++i) {
+        const std::string text = std::to_string(t) + "/" + std::to_string(i);
+        const DDS_SampleIdentity_t request = ask(text);
+        if (!requester_->wait_for_replies(kLong, 2, request)) { continue; }
+        if (take_replies(*requester_, request) == std::vector<std::string>{text + " 1", text + " 2"}) { ++right; }
+      }
+    });
+  }
+  for (std::thread& client : clients) { client.join(); }
+  stopped = true;
+  server.join();
+  EXPECT_EQ(right, kThreads * kRequests);
+  EXPECT_THAT(take_all(*requester_), IsEmpty());
+  EXPECT_GE(MORAFastBufferPool_getIdleCount(pool_), 2);
+  EXPECT_EQ(conditions_in_pool(), 0);
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(Requester, WakesEveryThreadThatWaitsForTheSameRequestWhenItsReplyArrives) {
+  constexpr int kThreads = 3;
+  const DDS_SampleIdentity_t request = ask("request");
+  std::atomic<int> waiting{0};
+  Seam::get().on_wait = [&waiting](DDSWaitSet&) {
+    ++waiting;
+    return std::optional<DDS_ReturnCode_t>();
+  };
+  std::atomic<int> satisfied{0};
+  std::vector<std::thread> waiters;
+  for (int t = 0; t < kThreads; ++t) {
+    waiters.emplace_back([&] { satisfied += requester_->wait_for_replies(kLong, 1, request) ? 1 : 0; });
+  }
+  // Only when all have counted what was there: counting marks as read, and then nobody else is woken.
+  while (waiting < kThreads) { std::this_thread::yield(); }
+  answer(request, "reply");
+  for (std::thread& waiter : waiters) { waiter.join(); }
+  EXPECT_EQ(satisfied, kThreads);
+  EXPECT_EQ(conditions_in_pool(), 0);
+}
+
+}  // namespace
+}  // namespace requestreply_test

@@ -1,0 +1,76 @@
+#include "requestreply/fixture.hpp"
+
+namespace requestreply_test {
+namespace {
+
+using ::testing::ElementsAre;
+
+class Sending : public RequestReply {};
+
+bool operator==(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) {
+  return DDS_GUID_equals(&a.writer_guid, &b.writer_guid) && a.sequence_number == b.sequence_number;
+}
+
+TEST_F(Sending, LetsTheMiddlewareChooseTheIdentityAndLeavesItWithTheCaller) {
+  const auto requester = make_requester();
+  const char* sample = "request";
+  DDS_WriteParams_t params;
+  params.identity = {{{1, 2, 3}}, {4, 5}};
+  requester->send_sample(&sample, params);
+  ASSERT_EQ(Seam::get().writes.size(), 1u);
+  EXPECT_TRUE(Seam::get().writes[0].identity == DDS_AUTO_SAMPLE_IDENTITY);
+
+  DDS_DataWriterQos qos;
+  ASSERT_EQ(requester->writer->get_qos(qos), DDS_RETCODE_OK);
+  EXPECT_TRUE(DDS_GUID_equals(&params.identity.writer_guid, &qos.protocol.writer_guid));
+  const DDS_SampleIdentity_t first = params.identity;
+  requester->send_sample(&sample, params);
+  EXPECT_FALSE(params.identity == first);
+}
+
+TEST_F(Sending, PassesEverythingElseOnAsItIs) {
+  const auto replier = make_replier();
+  const auto requester = make_requester();
+  const char* sample = "request";
+  DDS_WriteParams_t params;
+  params.related_sample_identity = {{{9, 8, 7}}, {6, 5}};
+  params.source_timestamp = {1700000000, 42};
+  requester->send_sample(&sample, params);
+  EXPECT_TRUE(Seam::get().writes.at(0).related_sample_identity == params.related_sample_identity);
+  Loan loan(*replier);
+  ASSERT_TRUE(replier->receive_sample_loaned(&loan.data, &loan.count, loan.infos, 1, kLong, 1));
+  EXPECT_THAT(loan.texts(), ElementsAre("request"));
+  EXPECT_TRUE(loan.infos[0].related_sample_identity == params.related_sample_identity);
+  EXPECT_TRUE(loan.infos[0].sample_identity == params.identity);
+  EXPECT_TRUE(loan.infos[0].source_timestamp == params.source_timestamp);
+}
+
+TEST_F(Sending, TimesOutWhenAFullReaderBlocksTheWriterTooLong) {
+  DDS_DataReaderQos full;
+  full.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+  full.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+  full.resource_limits.max_samples = 1;
+  OpenParams params = replier_params();
+  params.datareader_qos_ = &full;
+  const auto replier = make_replier(params);
+  DDS_DataWriterQos hasty;
+  hasty.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+  hasty.reliability.max_blocking_time = kShort;
+  const auto requester = make_requester(requester_params().datawriter_qos(hasty));
+  send(*requester, "first");
+  EXPECT_EQ(message_of<zemtra::TimeoutException>([&] { send(*requester, "second"); }),
+            report("EntityUntypedImpl::send_sample", QVX_LOG_ANY_FAILURE_s, "DataWriter write timeout"));
+  EXPECT_THAT(take_all(*replier), ElementsAre("first"));
+  send(*requester, "third");
+  EXPECT_THAT(take_all(*replier), ElementsAre("third"));
+}
+
+TEST_F(Sending, ReportsASampleThatCannotBeWritten) {
+  const auto requester = make_requester();
+  DDS_WriteParams_t params;
+  EXPECT_EQ(message_of<zemtra::BadParameterException>([&] { requester->send_sample(nullptr, params); }),
+            report("EntityUntypedImpl::send_sample", QVX_LOG_ANY_FAILURE_s, "DataWriter write failure"));
+}
+
+}  // namespace
+}  // namespace requestreply_test
