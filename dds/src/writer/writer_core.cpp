@@ -96,7 +96,9 @@ void WriterCore::add_reader(DDS_InstanceHandle_t handle, Notifications& notifica
 
 void WriterCore::remove_reader(DDS_InstanceHandle_t handle, Notifications& notifications) {
   const MutexLock lock(mutex_);
-  readers_.erase(std::find(readers_.begin(), readers_.end(), handle));
+  const auto found = std::find(readers_.begin(), readers_.end(), handle);
+  if (found == readers_.end()) { return; }  // memory was exhausted when it was to be added
+  readers_.erase(found);
   count_unmatch(matched_, &DDS_PublicationMatchedStatus::last_subscription_handle, handle);
   raise(DDS_PUBLICATION_MATCHED_STATUS, notifications);
 }
