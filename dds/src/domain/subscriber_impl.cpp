@@ -68,6 +68,7 @@ DDSDataReader* SubscriberImpl::create(const ReaderTopic& topic, const DDS_DataRe
 }
 
 DDS_ReturnCode_t SubscriberImpl::delete_datareader(DDSDataReader* reader) {
+  if (reader == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   std::unique_ptr<ReaderEntity> deleted;
   {
     const MutexLock lock(mutex_);
