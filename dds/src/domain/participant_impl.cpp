@@ -31,6 +31,7 @@ Impl* ParticipantImpl::create_group(Map ParticipantImpl::*groups, const Qos& qos
 
 template <class Map, class Api>
 DDS_ReturnCode_t ParticipantImpl::delete_group(Map ParticipantImpl::*groups, Api* group) {
+  if (group == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   typename Map::mapped_type deleted;
   const MutexLock lock(mutex_);
   const auto found = (this->*groups).find(group);

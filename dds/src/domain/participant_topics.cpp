@@ -92,6 +92,7 @@ ParticipantImpl::FilteredMap::iterator ParticipantImpl::find_filtered(DDSTopicDe
 }
 
 DDS_ReturnCode_t ParticipantImpl::delete_topic(DDSTopic* topic) {
+  if (topic == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   std::unique_ptr<TopicImpl> deleted;
   const MutexLock lock(mutex_);
   const auto found = find(topic);

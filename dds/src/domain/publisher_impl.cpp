@@ -57,6 +57,7 @@ DDSDataWriter* PublisherImpl::create(TopicImpl& topic, const DDS_DataWriterQos& 
 }
 
 DDS_ReturnCode_t PublisherImpl::delete_datawriter(DDSDataWriter* writer) {
+  if (writer == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   std::unique_ptr<WriterEntity> deleted;
   {
     const MutexLock lock(mutex_);

@@ -80,6 +80,7 @@ ReaderEntity* SubscriberImpl::claim(DDSDataReader* reader) {
 // A listener that is running may hold a loan that it is about to return, or take one to keep. So it comes to rest
 // before the loans are looked at.
 DDS_ReturnCode_t SubscriberImpl::delete_datareader(DDSDataReader* reader) {
+  if (reader == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   ReaderEntity* const entity = claim(reader);
   if (entity == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
   const DDS_StatusMask told = entity->core().silence();

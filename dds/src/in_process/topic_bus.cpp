@@ -50,22 +50,27 @@ struct TopicBus::Introduction {
 
 std::shared_ptr<TopicBus> TopicBus::get(DDS_DomainId_t domain, const std::string& topic_name) {
   Registry& all = registry();
-  auto forget = [key = std::make_pair(domain, topic_name)](TopicBus* gone) {
+  const auto key = std::make_pair(domain, topic_name);
+  {
+    const MutexLock lock(all.mutex);
+    const auto found = all.buses.find(key);
+    if (found != all.buses.end()) {
+      if (std::shared_ptr<TopicBus> bus = found->second.lock()) { return bus; }
+    }
+  }
+  auto end = [key = std::pair(key)](TopicBus* gone) {
     delete gone;
     const MutexLock lock(registry().mutex);
     const auto found = registry().buses.find(key);
     if (found != registry().buses.end() && found->second.expired()) { registry().buses.erase(found); }
   };
-  // Made before the lock is taken: `forget` takes it too, also when the pointer cannot be made or is not needed.
-  std::shared_ptr<TopicBus> fresh(new TopicBus, std::move(forget));
+  // Made outside of the lock, because the end of a bus takes it, and it may come before a bus is in use.
+  std::shared_ptr<TopicBus> made(new TopicBus, std::move(end));
   const MutexLock lock(all.mutex);
-  std::weak_ptr<TopicBus>& known = all.buses[{domain, topic_name}];
-  std::shared_ptr<TopicBus> bus = known.lock();
-  if (bus == nullptr) {
-    bus = std::move(fresh);
-    known = bus;
-  }
-  return bus;
+  std::weak_ptr<TopicBus>& known = all.buses[key];
+  if (std::shared_ptr<TopicBus> bus = known.lock()) { return bus; }
+  known = made;
+  return made;
 }
 
 void TopicBus::introduce(Introduction& introduction, InProcessWriter& writer, InProcessReader& reader) {

@@ -62,7 +62,11 @@ ReaderCore::Admission ReaderCore::try_reserve(RefPtr<Message>& message, RemoteWr
   reservation.entry = cache_.reserve(message, writer, reservation.why);
   if (reservation.entry != nullptr) { return Admission::accepted; }
   if (reservation.why == ReaderCache::Refusal::memory) { return Admission::no_memory; }
-  if (!writer.reliable) { return Admission::dropped; }
+  if (!writer.reliable) {
+    const Instance* known = cache_.instances().find(message->key);
+    reservation.instance = known == nullptr ? DDS_HANDLE_NIL : known->handle;
+    return Admission::dropped;
+  }
   writer.space_ticket = space_.ticket();
   blocked_.fetch_add(1, std::memory_order_relaxed);
   return Admission::full;
@@ -85,6 +89,7 @@ void ReaderCore::settle(const Reservation& reservation, Notifications& notificat
                           : reservation.why == ReaderCache::Refusal::instances
                               ? DDS_REJECTED_BY_INSTANCES_LIMIT
                               : DDS_REJECTED_BY_SAMPLES_PER_INSTANCE_LIMIT;
+  rejected_.last_instance_handle = reservation.instance;
   raise(DDS_SAMPLE_LOST_STATUS, notifications);
   raise(DDS_SAMPLE_REJECTED_STATUS, notifications);
 }

@@ -33,6 +33,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   struct Reservation {
     Entry* entry = nullptr;  // null when the sample is dropped
     ReaderCache::Refusal why = ReaderCache::Refusal::none;
+    DDS_InstanceHandle_t instance = DDS_HANDLE_NIL;  // of a sample that is dropped, if the reader knows it
   };
   /// Throws `std::bad_alloc`.
   RemoteWriter* add_writer(DDS_InstanceHandle_t handle, bool reliable, Notifications& notifications)

@@ -37,7 +37,10 @@ void WriterCore::announce(Transport& transport, const TopicKey& key) {
 }
 
 DDS_ReturnCode_t WriterCore::write(MessageKind kind, const void* data, DDS_WriteParams_t& params) {
-  if (data == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
+  if (data == nullptr) {
+    DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "null data");
+    return DDS_RETCODE_BAD_PARAMETER;
+  }
   if (kind != MessageKind::data && type_.key == nullptr) { return DDS_RETCODE_OK; }
   if (!is_automatic(params.identity)) {
     DDS_LOG_FAILURE(kWrite, DDS_LOG_UNSUPPORTED_s, "a sample identity other than DDS_AUTO_SAMPLE_IDENTITY");
@@ -60,7 +63,9 @@ DDS_ReturnCode_t WriterCore::fill(Message& message, MessageKind kind, const void
   const bool copied =
       kind == MessageKind::data ? type_.copy(message.sample(), data) : type_.copy_key(message.sample(), data);
   if (!copied) {
-    return type_.writable == nullptr || type_.writable(data) ? DDS_RETCODE_OUT_OF_RESOURCES : DDS_RETCODE_BAD_PARAMETER;
+    if (type_.writable == nullptr || type_.writable(data)) { return DDS_RETCODE_OUT_OF_RESOURCES; }
+    DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "data that the type cannot carry");
+    return DDS_RETCODE_BAD_PARAMETER;
   }
   if (type_.key != nullptr) {
     try {
@@ -68,6 +73,7 @@ DDS_ReturnCode_t WriterCore::fill(Message& message, MessageKind kind, const void
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   }
   if (params.handle != DDS_HANDLE_NIL && (type_.key == nullptr || params.handle != hash_key(message.key))) {
+    DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "a handle that is not the data's instance");
     return DDS_RETCODE_BAD_PARAMETER;
   }
   message.kind = kind;
@@ -97,7 +103,7 @@ void WriterCore::add_reader(DDS_InstanceHandle_t handle, Notifications& notifica
 void WriterCore::remove_reader(DDS_InstanceHandle_t handle, Notifications& notifications) {
   const MutexLock lock(mutex_);
   const auto found = std::find(readers_.begin(), readers_.end(), handle);
-  if (found == readers_.end()) { return; }
+  if (found == readers_.end()) { return; }  // memory was exhausted when it was to be added
   readers_.erase(found);
   count_unmatch(matched_, &DDS_PublicationMatchedStatus::last_subscription_handle, handle);
   raise(DDS_PUBLICATION_MATCHED_STATUS, notifications);

@@ -1,0 +1,211 @@
+// Every heap allocation of an operation fails once, in turn. The operation then reports it, or manages without; in both
+// cases everything is as it was or as it should be, and can be deleted.
+
+#include <memory>
+
+#include "behaviour.hpp"
+#include "failing_allocation.hpp"
+#include "log_lines.hpp"
+
+namespace behaviour {
+namespace {
+
+/// A participant with a writer, readers of all kinds, and samples in them, made anew for every fault.
+struct World {
+  World() {
+    EXPECT_EQ(reader->create_index("Index"), DDS_RETCODE_OK);
+    for (int i = 0; i < 3; ++i) { EXPECT_EQ(write(writer, "a", std::to_string(i)), DDS_RETCODE_OK); }
+  }
+  Participant participant, other;
+  DDSTopic* topic = participant.keyed_strings("Topic");
+  DDSTopic* others_topic = other.keyed_strings("Topic");
+  DDSTopic* unused_topic = participant.keyed_strings("A topic that has neither a writer nor a reader");
+  DDSContentFilteredTopic* filtered = participant.filtered("Filtered", topic, "value <> 'x'");
+  DDSKeyedStringDataReader* reader = make_reader<DDSKeyedStringDataReader>(topic);
+  DDSKeyedStringDataReader* others_reader = make_reader<DDSKeyedStringDataReader>(others_topic);
+  DDSKeyedStringDataReader* filtered_reader = make_reader<DDSKeyedStringDataReader>(filtered);
+  DDSKeyedStringDataWriter* writer = make_writer<DDSKeyedStringDataWriter>(topic);
+};
+
+/// Runs `operation`, which returns whether it succeeded, in a fresh world for each of its allocations, then `check`
+/// with the outcome.
+template <class Operation, class Check>
+void fail_each_allocation(const char* name, Operation operation, Check check) {
+  for (int nth = 1;; ++nth) {
+    World world;
+    bool happened = false;
+    bool succeeded = false;
+    {
+      const LogLines log;
+      const FailingAllocation failing(nth);
+      succeeded = operation(world);
+      happened = failing.happened();
+    }
+    SCOPED_TRACE(std::string(name) + ", allocation " + std::to_string(nth));
+    check(world, succeeded);
+    if (!happened) {
+      EXPECT_TRUE(succeeded);
+      EXPECT_GT(nth, 1) << "it allocates nothing, so that nothing was tested";
+      return;
+    }
+    ASSERT_LT(nth, 10000);
+    if (::testing::Test::HasFailure()) { return; }
+  }
+}
+
+bool made(const void* object) { return object != nullptr; }
+bool done(DDS_ReturnCode_t retcode) {
+  EXPECT_TRUE(retcode == DDS_RETCODE_OK || retcode == DDS_RETCODE_OUT_OF_RESOURCES) << retcode;
+  return retcode == DDS_RETCODE_OK;
+}
+
+TEST(AllocationFailure, InACreationMakesNothing) {
+  const auto nothing_else_changed = [](World& world, bool) {
+    EXPECT_EQ(write(world.writer, "b", "after"), DDS_RETCODE_OK);
+    EXPECT_EQ(values(take_all(world.reader)), (Strings{"0", "1", "2", "after"}));
+  };
+  const auto create = [&](const char* name, std::function<bool(World&)> operation) {
+    fail_each_allocation(name, operation, nothing_else_changed);
+  };
+  create("topic", [](World& world) {
+    return made(
+        world.participant->create_topic("New", world.topic->get_type_name(), DDS_TOPIC_QOS_DEFAULT, nullptr, 0));
+  });
+  create("content-filtered topic", [none = DDS_StringSeq()](World& world) {
+    return made(world.participant->create_contentfilteredtopic(
+        "New", world.topic, "value = 'x' AND (key <> 'y' OR NOT @sample_identity.sequence_number = 5)", none));
+  });
+  create("publisher",
+         [](World& world) { return made(world.participant->create_publisher(DDS_PUBLISHER_QOS_DEFAULT, nullptr, 0)); });
+  create("subscriber", [](World& world) {
+    return made(world.participant->create_subscriber(DDS_SUBSCRIBER_QOS_DEFAULT, nullptr, 0));
+  });
+  create("writer", [](World& world) {
+    return made(world.participant->create_datawriter(world.topic, DDS_DATAWRITER_QOS_DEFAULT, nullptr, 0));
+  });
+  create("reader", [](World& world) {
+    return made(world.participant->create_datareader(world.filtered, DDS_DATAREADER_QOS_DEFAULT, nullptr, 0));
+  });
+  create("first writer of a topic", [](World& world) {
+    return made(world.participant->create_datawriter(world.unused_topic, DDS_DATAWRITER_QOS_DEFAULT, nullptr, 0));
+  });
+  create("first reader of a topic", [](World& world) {
+    return made(world.participant->create_datareader(world.unused_topic, DDS_DATAREADER_QOS_DEFAULT, nullptr, 0));
+  });
+  create("read condition", [](World& world) {
+    return made(world.reader->create_readcondition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE));
+  });
+  create("index", [](World& world) { return done(world.reader->create_index("New")); });
+  create("index condition", [](World& world) {
+    return made(world.reader->create_index_condition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE,
+                                                     "Index", DDS_SampleInfo()));
+  });
+  create("type",
+         [](World& world) { return done(DDSOctetsTypeSupport::register_type(world.participant.get(), "New")); });
+  create("defaults", [qos = reliable_writer()](World& world) {
+    return done(world.participant->set_default_datawriter_qos(qos, "New*"));
+  });
+}
+
+TEST(AllocationFailure, InTheCreationOfAParticipantMakesNone) {
+  fail_each_allocation(
+      "participant",
+      [](World&) {
+        DDSDomainParticipant* created = factory().create_participant(0, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, 0);
+        if (created == nullptr) { return false; }
+        EXPECT_EQ(factory().delete_participant(created), DDS_RETCODE_OK);
+        return true;
+      },
+      [](World&, bool) {});
+}
+
+TEST(AllocationFailure, InAWriteDeliversToNoReaderAtAll) {
+  for (std::string key : {"a", "a new instance"}) {
+    std::string value(100, 'v');  // longer than what the first writes left room for
+    fail_each_allocation(
+        "write", [&](World& world) { return done(world.writer->write(keyed(key, value), DDS_HANDLE_NIL)); },
+        [&](World& world, bool succeeded) {
+          EXPECT_EQ(write(world.writer, "a", "after"), DDS_RETCODE_OK);
+          Strings expected = {"0", "1", "2"};
+          if (succeeded) { expected.push_back(value); }
+          expected.emplace_back("after");
+          std::sort(expected.begin(), expected.end());
+          for (auto* reader : {world.reader, world.others_reader, world.filtered_reader}) {
+            const std::vector<Received> received = take_all(reader);
+            Strings got = values(received);
+            std::sort(got.begin(), got.end());
+            EXPECT_EQ(got, expected);
+            for (const Received& sample : received) {
+              if (sample.value == "after") { EXPECT_EQ(number(sample.info.sample_identity), expected.size()); }
+            }
+          }
+        });
+  }
+}
+
+TEST(AllocationFailure, InADisposeDisposesForNoReaderOrForAll) {
+  fail_each_allocation(
+      "dispose",
+      [key = std::string("a"), value = std::string()](World& world) mutable {
+        return done(world.writer->dispose(keyed(key, value), DDS_HANDLE_NIL));
+      },
+      [](World& world, bool succeeded) {
+        for (auto* reader : {world.reader, world.others_reader, world.filtered_reader}) {
+          EXPECT_EQ(take_all(reader).front().info.instance_state,
+                    succeeded ? DDS_NOT_ALIVE_DISPOSED_INSTANCE_STATE : DDS_ALIVE_INSTANCE_STATE);
+        }
+      });
+}
+
+TEST(AllocationFailure, InATakeLeavesTheSamplesInTheReader) {
+  fail_each_allocation(
+      "take",
+      [](World& world) {
+        DDS_KeyedStringSeq data;
+        DDS_SampleInfoSeq infos;
+        const bool taken = done(world.reader->take(data, infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE,
+                                                   DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE));
+        if (taken) { EXPECT_EQ(world.reader->return_loan(data, infos), DDS_RETCODE_OK); }
+        return taken;
+      },
+      [](World& world, bool succeeded) {
+        EXPECT_EQ(values(take_all(world.reader)), succeeded ? Strings{} : (Strings{"0", "1", "2"}));
+      });
+}
+
+TEST(AllocationFailure, InAReadWithCopiesLeavesNoLoan) {
+  fail_each_allocation(
+      "read with copies",
+      [](World& world) {
+        DDS_KeyedStringSeq data;
+        DDS_SampleInfoSeq infos;
+        return data.maximum(3) && infos.maximum(3) &&
+               done(world.reader->read(data, infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                       DDS_ANY_INSTANCE_STATE));
+      },
+      [](World& world, bool) { EXPECT_EQ(remove(world.reader), DDS_RETCODE_OK); });
+}
+
+TEST(AllocationFailure, InAWaitSetLosesNoCondition) {
+  fail_each_allocation(
+      "wait set",
+      [](World&) {
+        std::unique_ptr<DDSWaitSet> waitset;
+        std::unique_ptr<DDSGuardCondition> first, second;
+        try {
+          waitset = std::make_unique<DDSWaitSet>();
+          first = std::make_unique<DDSGuardCondition>();
+          second = std::make_unique<DDSGuardCondition>();
+        } catch (const std::bad_alloc&) { return false; }
+        const bool attached =
+            done(waitset->attach_condition(first.get())) && done(waitset->attach_condition(second.get()));
+        if (!attached) { return false; }
+        second->set_trigger_value(true);
+        DDSConditionSeq active;
+        return done(waitset->wait(active, DDS_DURATION_INFINITE));
+      },
+      [](World&, bool) {});
+}
+
+}  // namespace
+}  // namespace behaviour

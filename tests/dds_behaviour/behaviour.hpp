@@ -1,0 +1,211 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <dds/dds.hpp>
+
+#include "support/dds_values.hpp"
+#include "support/scale.hpp"
+#include "support/thread.hpp"
+
+namespace behaviour {
+
+using support::hexadecimal;
+using support::milliseconds;
+using support::scaled;
+using support::Thread;
+
+inline DDSDomainParticipantFactory& factory() { return *DDSDomainParticipantFactory::get_instance(); }
+
+/// A participant that must be empty enough to go at the end of its scope: an outstanding loan fails the test.
+class Participant {
+ public:
+  explicit Participant(DDS_DomainId_t domain = 0)
+      : participant_(factory().create_participant(domain, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE)) {
+    if (participant_ == nullptr) { throw std::runtime_error("no participant"); }
+  }
+  ~Participant() {
+    EXPECT_EQ(participant_->delete_contained_entities(), DDS_RETCODE_OK);
+    EXPECT_EQ(factory().delete_participant(participant_), DDS_RETCODE_OK);
+  }
+  Participant(const Participant&) = delete;
+  Participant& operator=(const Participant&) = delete;
+
+  DDSDomainParticipant* get() const { return participant_; }
+  DDSDomainParticipant* operator->() const { return participant_; }
+
+  template <class TypeSupport>
+  DDSTopic* topic(const char* name) const {
+    EXPECT_EQ(TypeSupport::register_type(participant_, nullptr), DDS_RETCODE_OK);
+    DDSTopic* topic = participant_->create_topic(name, TypeSupport::get_type_name(), DDS_TOPIC_QOS_DEFAULT, nullptr,
+                                                 DDS_STATUS_MASK_NONE);
+    if (topic == nullptr) { throw std::runtime_error("no topic"); }
+    return topic;
+  }
+  DDSTopic* strings(const char* name) const { return topic<DDSStringTypeSupport>(name); }
+  DDSTopic* keyed_strings(const char* name) const { return topic<DDSKeyedStringTypeSupport>(name); }
+  DDSTopic* octets(const char* name) const { return topic<DDSOctetsTypeSupport>(name); }
+
+  DDSContentFilteredTopic* filtered(const char* name, DDSTopic* topic, const std::string& expression,
+                                    const std::vector<std::string>& parameters = {}) const {
+    DDS_StringSeq sequence(static_cast<int>(parameters.size()));
+    sequence.length(sequence.maximum());
+    for (int i = 0; i < sequence.length(); ++i) {
+      sequence[i] = DDS_String_dup(parameters[static_cast<std::size_t>(i)].c_str());
+    }
+    return participant_->create_contentfilteredtopic(name, topic, expression.c_str(), sequence);
+  }
+
+ private:
+  DDSDomainParticipant* participant_;
+};
+
+/// Reliable; waits for a full reader as long as it takes unless told otherwise.
+inline DDS_DataWriterQos reliable_writer(DDS_Duration_t max_blocking_time = DDS_DURATION_INFINITE) {
+  DDS_DataWriterQos qos;
+  qos.reliability.max_blocking_time = max_blocking_time;
+  qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+  qos.writer_data_lifecycle.autodispose_unregistered_instances = false;
+  return qos;
+}
+inline DDS_DataWriterQos best_effort_writer() {
+  DDS_DataWriterQos qos = reliable_writer();
+  qos.reliability.kind = DDS_BEST_EFFORT_RELIABILITY_QOS;
+  return qos;
+}
+/// Reliable, keeps everything up to `max_samples`.
+inline DDS_DataReaderQos keep_all_reader(DDS_Long max_samples = DDS_LENGTH_UNLIMITED) {
+  DDS_DataReaderQos qos;
+  qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+  qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+  qos.resource_limits.max_samples = max_samples;
+  return qos;
+}
+inline DDS_DataReaderQos best_effort_reader(DDS_Long max_samples = DDS_LENGTH_UNLIMITED) {
+  DDS_DataReaderQos qos = keep_all_reader(max_samples);
+  qos.reliability.kind = DDS_BEST_EFFORT_RELIABILITY_QOS;
+  return qos;
+}
+
+template <class Writer = DDSStringDataWriter>
+Writer* make_writer(DDSTopic* topic, const DDS_DataWriterQos& qos = reliable_writer()) {
+  return Writer::narrow(topic->get_participant()->create_datawriter(topic, qos, nullptr, DDS_STATUS_MASK_NONE));
+}
+template <class Reader = DDSStringDataReader>
+Reader* make_reader(DDSTopicDescription* topic, const DDS_DataReaderQos& qos = keep_all_reader(),
+                    DDSDataReaderListener* listener = nullptr, DDS_StatusMask mask = DDS_DATA_AVAILABLE_STATUS) {
+  return Reader::narrow(topic->get_participant()->create_datareader(topic, qos, listener,
+                                                                    listener == nullptr ? DDS_STATUS_MASK_NONE : mask));
+}
+inline DDS_ReturnCode_t remove(DDSDataWriter* writer) {
+  return writer->get_topic()->get_participant()->delete_datawriter(writer);
+}
+inline DDS_ReturnCode_t remove(DDSDataReader* reader) {
+  return reader->get_topicdescription()->get_participant()->delete_datareader(reader);
+}
+
+inline DDS_ReturnCode_t write(DDSStringDataWriter* writer, const std::string& value) {
+  return writer->write(value.c_str(), DDS_HANDLE_NIL);
+}
+/// A view of two strings as a keyed sample, for the length of a full expression.
+inline DDS_KeyedString keyed(std::string& key, std::string& value) { return {key.data(), value.data()}; }
+inline DDS_ReturnCode_t write(DDSKeyedStringDataWriter* writer, std::string key, std::string value) {
+  return writer->write(keyed(key, value), DDS_HANDLE_NIL);
+}
+inline DDS_ReturnCode_t dispose(DDSKeyedStringDataWriter* writer, std::string key) {
+  std::string none;
+  return writer->dispose(keyed(key, none), DDS_HANDLE_NIL);
+}
+inline DDS_ReturnCode_t unregister(DDSKeyedStringDataWriter* writer, std::string key) {
+  std::string none;
+  return writer->unregister_instance(keyed(key, none), DDS_HANDLE_NIL);
+}
+
+/// A copy of a received sample, whatever its built-in type.
+struct Received {
+  std::string key;
+  std::string value;
+  DDS_SampleInfo info;
+};
+inline Received copy_sample(const char* data, const DDS_SampleInfo& info) {
+  return {"", info.valid_data ? data : "", info};
+}
+inline Received copy_sample(const DDS_KeyedString& data, const DDS_SampleInfo& info) {
+  return {data.key == nullptr ? "" : data.key, info.valid_data ? data.value : "", info};
+}
+inline Received copy_sample(const DDS_Octets& data, const DDS_SampleInfo& info) {
+  return {"", info.valid_data ? std::string(data.value, data.value + data.length) : "", info};
+}
+
+struct Selection {
+  DDS_SampleStateMask sample_states = DDS_ANY_SAMPLE_STATE;
+  DDS_ViewStateMask view_states = DDS_ANY_VIEW_STATE;
+  DDS_InstanceStateMask instance_states = DDS_ANY_INSTANCE_STATE;
+};
+
+template <class T, class Seq>
+std::vector<Received> collect(DDSTypedDataReader<T, Seq>* reader, bool take, int max_samples = DDS_LENGTH_UNLIMITED,
+                              Selection selection = {}, DDSReadCondition* condition = nullptr) {
+  Seq data;
+  DDS_SampleInfoSeq infos;
+  DDS_ReturnCode_t retcode = DDS_RETCODE_OK;
+  if (condition != nullptr) {
+    retcode = take ? reader->take_w_condition(data, infos, max_samples, condition)
+                   : reader->read_w_condition(data, infos, max_samples, condition);
+  } else {
+    retcode = take ? reader->take(data, infos, max_samples, selection.sample_states, selection.view_states,
+                                  selection.instance_states)
+                   : reader->read(data, infos, max_samples, selection.sample_states, selection.view_states,
+                                  selection.instance_states);
+  }
+  std::vector<Received> received;
+  if (retcode == DDS_RETCODE_NO_DATA) {
+    EXPECT_EQ(data.length(), 0);
+    return received;
+  }
+  EXPECT_EQ(retcode, DDS_RETCODE_OK);
+  for (int i = 0; i < data.length(); ++i) { received.push_back(copy_sample(data[i], infos[i])); }
+  EXPECT_EQ(reader->return_loan(data, infos), DDS_RETCODE_OK);
+  return received;
+}
+template <class Reader>
+std::vector<Received> take_all(Reader* reader) {
+  return collect(reader, true);
+}
+template <class Reader>
+std::vector<Received> read_all(Reader* reader) {
+  return collect(reader, false);
+}
+inline std::vector<std::string> values(const std::vector<Received>& received) {
+  std::vector<std::string> result;
+  for (const Received& sample : received) { result.push_back(sample.value); }
+  return result;
+}
+template <class Reader>
+std::vector<std::string> take_values(Reader* reader) {
+  return values(take_all(reader));
+}
+using Strings = std::vector<std::string>;
+
+inline bool has_data(DDSDataReader* reader) { return (reader->get_status_changes() & DDS_DATA_AVAILABLE_STATUS) != 0; }
+
+/// The number of a sequence number whose high half is zero.
+inline std::uint32_t number(const DDS_SampleIdentity_t& identity) {
+  EXPECT_EQ(identity.sequence_number.high, 0);
+  return identity.sequence_number.low;
+}
+
+inline DDS_GUID_t guid_of(DDSDataWriter* writer) {
+  DDS_DataWriterQos qos;
+  EXPECT_EQ(writer->get_qos(qos), DDS_RETCODE_OK);
+  return qos.protocol.writer_guid;
+}
+
+}  // namespace behaviour

@@ -1,0 +1,242 @@
+// What a write carries to the readers, and the identities that it gives.
+
+#include <atomic>
+#include <map>
+
+#include "behaviour.hpp"
+#include "log_lines.hpp"
+
+namespace behaviour {
+namespace {
+
+TEST(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
+  constexpr int count = 1000;
+  const Participant one, other;
+  DDSTopic* topic = one.strings("Topic");
+  DDSTopic* others_topic = other.strings("Topic");
+  const std::vector<DDSStringDataReader*> readers = {make_reader(topic), make_reader(others_topic),
+                                                     make_reader(others_topic)};
+  DDSStringDataWriter* writer = make_writer(topic);
+  Strings written;
+  for (int i = 0; i < count; ++i) {
+    written.push_back(std::to_string(i));
+    ASSERT_EQ(write(writer, written.back()), DDS_RETCODE_OK);
+  }
+  for (DDSStringDataReader* reader : readers) {
+    EXPECT_EQ(take_values(reader), written);
+    EXPECT_EQ(take_values(reader), Strings{});
+  }
+}
+
+TEST(Delivery, TheDataIsTheCallersAgainOnReturn) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataWriter* writer = make_writer(topic);
+  std::string buffer = "first";
+  EXPECT_EQ(writer->write(buffer.data(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+  buffer = "other";
+  EXPECT_EQ(take_values(reader), Strings{"first"});
+}
+
+TEST(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
+  const Participant participant;
+  DDSTopic* topic = participant.octets("Topic");
+  auto* reader = make_reader<DDSOctetsDataReader>(topic);
+  auto* writer = make_writer<DDSOctetsDataWriter>(topic);
+  for (const int size : {1, 31, 32, 33, 4096, 65537, 4 << 20, 3, 0}) {
+    std::vector<DDS_Octet> buffer(static_cast<std::size_t>(size));
+    for (std::size_t i = 0; i < buffer.size(); ++i) { buffer[i] = static_cast<DDS_Octet>(i * 7 + i / 256); }
+    EXPECT_EQ(writer->write({size, buffer.data()}, DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    DDS_OctetsSeq data;
+    DDS_SampleInfoSeq infos;
+    ASSERT_EQ(reader->take(data, infos, 1, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_OK);
+    ASSERT_EQ(data[0].length, size);
+    EXPECT_TRUE(std::equal(buffer.begin(), buffer.end(), data[0].value)) << size;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data[0].value) % 32, 0u) << size;
+    EXPECT_EQ(reader->return_loan(data, infos), DDS_RETCODE_OK);
+  }
+}
+
+TEST(Delivery, DataThatTheTypeCannotCarryIsRefusedAndNothingArrives) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSTopic* octets = participant.octets("Octets");
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataWriter* writer = make_writer(topic);
+  const LogLines log;
+  DDS_WriteParams_t params;
+  EXPECT_EQ(writer->write_untyped(nullptr, params), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(writer->write(nullptr, DDS_HANDLE_NIL), DDS_RETCODE_BAD_PARAMETER);
+  auto* octets_writer = make_writer<DDSOctetsDataWriter>(octets);
+  DDS_Octet octet = 0;
+  EXPECT_EQ(octets_writer->write({-1, &octet}, DDS_HANDLE_NIL), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(octets_writer->write({1, nullptr}, DDS_HANDLE_NIL), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(log.all().size(), 4u);
+  EXPECT_EQ(octets_writer->write({0, nullptr}, DDS_HANDLE_NIL), DDS_RETCODE_OK);
+
+  EXPECT_EQ(write(writer, ""), DDS_RETCODE_OK);
+  const std::vector<Received> received = take_all(reader);
+  ASSERT_EQ(received.size(), 1u);
+  EXPECT_EQ(number(received[0].info.sample_identity), 1u) << "a refused write takes no number";
+}
+
+TEST(Delivery, WhatIsAskedOfAWriteAndCannotBeHonouredIsRefused) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataWriter* writer = make_writer(topic);
+  const LogLines log;
+  DDS_WriteParams_t own_identity;
+  own_identity.identity.writer_guid = guid_of(writer);
+  own_identity.identity.sequence_number = {0, 42};
+  EXPECT_EQ(writer->write_w_params("x", own_identity), DDS_RETCODE_UNSUPPORTED);
+  DDS_WriteParams_t with_cookie;
+  ASSERT_TRUE(with_cookie.cookie.value.ensure_length(3, 3));
+  EXPECT_EQ(writer->write_w_params("x", with_cookie), DDS_RETCODE_UNSUPPORTED);
+  EXPECT_EQ(writer->write("x", 12345), DDS_RETCODE_BAD_PARAMETER) << "a handle that is no instance of the writer";
+  EXPECT_EQ(log.all().size(), 3u);
+  EXPECT_EQ(take_values(reader), Strings{});
+}
+
+TEST(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersSee) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataWriter* writers[] = {make_writer(topic), make_writer(topic)};
+  const DDS_GUID_t guids[] = {guid_of(writers[0]), guid_of(writers[1])};
+  EXPECT_FALSE(DDS_GUID_equals(&guids[0], &guids[1]));
+  for (const DDS_GUID_t& guid : guids) {
+    EXPECT_FALSE(DDS_GUID_equals(&guid, &DDS_GUID_AUTO));
+    EXPECT_FALSE(DDS_GUID_equals(&guid, &DDS_GUID_UNKNOWN));
+  }
+  for (std::uint32_t i = 1; i <= 3; ++i) {
+    for (const int w : {0, 1}) {
+      DDS_WriteParams_t params;
+      ASSERT_EQ(writers[w]->write_w_params("x", params), DDS_RETCODE_OK);
+      EXPECT_TRUE(DDS_GUID_equals(&params.identity.writer_guid, &guids[w]));
+      EXPECT_EQ(number(params.identity), i);
+      const std::vector<Received> received = take_all(reader);
+      ASSERT_EQ(received.size(), 1u);
+      EXPECT_TRUE(DDS_GUID_equals(&received[0].info.sample_identity.writer_guid, &guids[w]));
+      EXPECT_EQ(number(received[0].info.sample_identity), i);
+    }
+  }
+}
+
+TEST(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataWriter* writer = make_writer(topic);
+  DDS_WriteParams_t params;
+  params.related_sample_identity.writer_guid.value[0] = 0xab;
+  params.related_sample_identity.sequence_number = {3, 0xfffffffe};
+  params.source_timestamp = {1234, 567};
+  ASSERT_EQ(writer->write_w_params("related", params), DDS_RETCODE_OK);
+  DDS_Time_t before, after;
+  ASSERT_EQ(participant->get_current_time(before), DDS_RETCODE_OK);
+  ASSERT_EQ(write(writer, "plain"), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->get_current_time(after), DDS_RETCODE_OK);
+
+  const std::vector<Received> received = take_all(reader);
+  ASSERT_EQ(received.size(), 2u);
+  const DDS_SampleInfo& related = received[0].info;
+  EXPECT_TRUE(
+      DDS_GUID_equals(&related.related_sample_identity.writer_guid, &params.related_sample_identity.writer_guid));
+  EXPECT_EQ(related.related_sample_identity.sequence_number, params.related_sample_identity.sequence_number);
+  EXPECT_EQ(related.source_timestamp, (DDS_Time_t{1234, 567}));
+  const DDS_SampleInfo& plain = received[1].info;
+  EXPECT_TRUE(DDS_GUID_equals(&plain.related_sample_identity.writer_guid, &DDS_GUID_UNKNOWN));
+  EXPECT_EQ(plain.related_sample_identity.sequence_number, DDS::SEQUENCE_NUMBER_UNKNOWN);
+  for (const DDS_Time_t& time : {plain.source_timestamp, plain.reception_timestamp}) {
+    EXPECT_GE((time - before).sec, 0);
+    EXPECT_GE((after - time).sec, 0);
+  }
+}
+
+TEST(Delivery, EightThreadsOnOneWriterGetTheNumbersInWhichReadersReceiveTheirSamples) {
+  constexpr int threads = 8;
+  const int each = scaled(4000);
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* readers[] = {make_reader(topic), make_reader(topic)};
+  DDSStringDataWriter* writer = make_writer(topic);
+  std::vector<std::map<std::uint32_t, std::string>> assigned(threads);  // one a thread
+  {
+    std::vector<Thread> writing;
+    for (std::size_t t = 0; t < threads; ++t) {
+      writing.emplace_back([&, t] {
+        for (int i = 0; i < each; ++i) {
+          const std::string value = std::to_string(t) + ":" + std::to_string(i);
+          DDS_WriteParams_t params;
+          EXPECT_EQ(writer->write_w_params(value.c_str(), params), DDS_RETCODE_OK);
+          EXPECT_TRUE(assigned[t].emplace(params.identity.sequence_number.low, value).second);
+        }
+      });
+    }
+  }
+  std::map<std::uint32_t, std::string> all;
+  for (const auto& of_thread : assigned) { all.insert(of_thread.begin(), of_thread.end()); }
+  EXPECT_EQ(all.size(), static_cast<std::size_t>(threads * each)) << "numbers are unique";
+  for (DDSStringDataReader* reader : readers) {
+    std::uint32_t expected = 0;
+    for (;;) {
+      const std::vector<Received> received = take_all(reader);
+      if (received.empty()) { break; }
+      for (const Received& sample : received) {
+        ASSERT_EQ(number(sample.info.sample_identity), ++expected);
+        ASSERT_EQ(sample.value, all[expected]);
+      }
+    }
+    EXPECT_EQ(expected, static_cast<std::uint32_t>(threads * each));
+  }
+}
+
+/// Answers every request in the listener call, that is, before the requesting write returns.
+class Answerer : public DDSDataReaderListener {
+ public:
+  explicit Answerer(DDSStringDataWriter* replies) : replies_(replies) {}
+  void on_data_available(DDSDataReader* reader) override {
+    for (const Received& request : take_all(DDSStringDataReader::narrow(reader))) {
+      DDS_WriteParams_t params;
+      params.related_sample_identity = request.info.sample_identity;
+      EXPECT_EQ(replies_->write_w_params(("re: " + request.value).c_str(), params), DDS_RETCODE_OK);
+    }
+  }
+
+ private:
+  DDSStringDataWriter* replies_;
+};
+
+TEST(Delivery, AReplyThatArrivesBeforeTheWriteReturnedIsFoundByTheIdentityThatTheWriteLeft) {
+  const Participant participant;
+  DDSTopic* requests = participant.strings("Requests");
+  DDSTopic* replies = participant.strings("Replies");
+  DDSStringDataReader* replies_reader = make_reader(replies);
+  ASSERT_EQ(replies_reader->create_index("ByRequest"), DDS_RETCODE_OK);
+  Answerer answerer(make_writer(replies));
+  DDSStringDataReader* requests_reader = make_reader(requests, keep_all_reader(), &answerer);
+  DDSStringDataWriter* writer = make_writer(requests);
+  std::vector<DDS_WriteParams_t> sent(100);
+  for (std::size_t i = 0; i < sent.size(); ++i) {
+    ASSERT_EQ(writer->write_w_params(std::to_string(i).c_str(), sent[i]), DDS_RETCODE_OK);
+  }
+  for (std::size_t i = sent.size(); i-- > 0;) {
+    DDS_SampleInfo key;
+    key.related_sample_identity = sent[i].identity;
+    DDSReadCondition* condition = replies_reader->create_index_condition(DDS_NOT_READ_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                                                         DDS_ANY_INSTANCE_STATE, "ByRequest", key);
+    ASSERT_NE(condition, nullptr);
+    EXPECT_TRUE(condition->get_trigger_value());
+    EXPECT_EQ(values(collect(replies_reader, true, DDS_LENGTH_UNLIMITED, {}, condition)),
+              Strings{"re: " + std::to_string(i)});
+    EXPECT_FALSE(condition->get_trigger_value());
+    EXPECT_EQ(replies_reader->delete_readcondition(condition), DDS_RETCODE_OK);
+  }
+  EXPECT_EQ(remove(requests_reader), DDS_RETCODE_OK);
+}
+
+}  // namespace
+}  // namespace behaviour

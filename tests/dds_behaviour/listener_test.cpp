@@ -1,0 +1,325 @@
+// Listeners: when they are called, and what they may do.
+
+#include <atomic>
+#include <future>
+#include <limits>
+
+#include "behaviour.hpp"
+#include "log_lines.hpp"
+
+namespace behaviour {
+namespace {
+
+/// Calls a function for each arrival of data.
+class OnData : public DDSDataReaderListener {
+ public:
+  explicit OnData(std::function<void(DDSStringDataReader*)> function) : function_(std::move(function)) {}
+  void on_data_available(DDSDataReader* reader) override { function_(DDSStringDataReader::narrow(reader)); }
+
+ private:
+  std::function<void(DDSStringDataReader*)> function_;
+};
+
+class Listeners : public ::testing::Test {
+ protected:
+  Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataWriter* writer = make_writer(topic);
+};
+
+TEST_F(Listeners, AreCalledOnTheWritingThreadBeforeTheWriteReturns) {
+  std::vector<std::thread::id> callers;
+  OnData listener([&](DDSStringDataReader* reader) {
+    callers.push_back(std::this_thread::get_id());
+    take_all(reader);
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  EXPECT_EQ(reader->get_listener(), &listener);
+  EXPECT_EQ(write(writer, "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(callers, std::vector<std::thread::id>{std::this_thread::get_id()});
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, AreNeverCalledTwiceAtOnceForOneReaderAndMissNothing) {
+  constexpr int threads = 4;
+  const int each = scaled(20000);
+  std::atomic<bool> running{false};
+  int taken = 0;  // calls do not overlap, and each happens before the next
+  OnData listener([&](DDSStringDataReader* reader) {
+    EXPECT_FALSE(running.exchange(true));
+    taken += static_cast<int>(take_all(reader).size());
+    running = false;
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  {
+    std::vector<Thread> writing;
+    for (int t = 0; t < threads; ++t) {
+      writing.emplace_back([&] {
+        for (int i = 0; i < each; ++i) { EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK); }
+      });
+    }
+  }
+  EXPECT_EQ(taken, threads * each) << "changes that pile up are told once, but told";
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, MayWriteToATopicWhoseListenerWritesBack) {
+  const int count = scaled(100000);
+  DDSTopic* back = participant.strings("Back");
+  DDSStringDataWriter* back_writer = make_writer(back);
+  int hops = 0;
+  const auto answer_through = [&](DDSStringDataWriter* next) {
+    return [&, next](DDSStringDataReader* reader) {
+      for (const std::string& value : take_values(reader)) {
+        EXPECT_EQ(value, std::to_string(hops));
+        if (++hops < count) { EXPECT_EQ(write(next, std::to_string(hops)), DDS_RETCODE_OK); }
+      }
+    };
+  };
+  OnData there(answer_through(back_writer)), and_back(answer_through(writer));
+  DDSStringDataReader* readers[] = {make_reader(topic, keep_all_reader(), &there),
+                                    make_reader(back, keep_all_reader(), &and_back)};
+  EXPECT_EQ(write(writer, "0"), DDS_RETCODE_OK);
+  EXPECT_EQ(hops, count);
+  for (DDSStringDataReader* reader : readers) { EXPECT_EQ(remove(reader), DDS_RETCODE_OK); }
+}
+
+TEST_F(Listeners, MayWriteToTheirOwnTopic) {
+  const int count = scaled(100000);
+  int seen = 0;
+  OnData listener([&](DDSStringDataReader* reader) {
+    for (const std::string& value : take_values(reader)) {
+      EXPECT_EQ(value, std::to_string(seen++));
+      if (seen < count) { EXPECT_EQ(write(writer, std::to_string(seen)), DDS_RETCODE_OK); }
+    }
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  EXPECT_EQ(write(writer, "0"), DDS_RETCODE_OK);
+  EXPECT_EQ(seen, count);
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, HearOfDisposedInstancesAndVanishedWriters) {
+  DDSTopic* keyed_topic = participant.keyed_strings("Keyed");
+  int calls = 0;
+  class Counter : public DDSDataReaderListener {
+   public:
+    explicit Counter(int& count) : count_(count) {}
+    void on_data_available(DDSDataReader*) override { ++count_; }
+
+   private:
+    int& count_;
+  } listener(calls);
+  auto* reader = make_reader<DDSKeyedStringDataReader>(keyed_topic, keep_all_reader(), &listener);
+  auto* keyed_writer = make_writer<DDSKeyedStringDataWriter>(keyed_topic);
+  EXPECT_EQ(write(keyed_writer, "a", "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(keyed_writer, "b", "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(dispose(keyed_writer, "a"), DDS_RETCODE_OK);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(remove(keyed_writer), DDS_RETCODE_OK);
+  EXPECT_EQ(calls, 4);
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, AreCalledForTheStatusesOfTheirMaskOnly) {
+  struct Recorder : DDSDataReaderListener {
+    std::vector<std::string> calls;
+    void on_data_available(DDSDataReader*) override { calls.emplace_back("data"); }
+    void on_subscription_matched(DDSDataReader*, const DDS_SubscriptionMatchedStatus& status) override {
+      calls.push_back("matched " + std::to_string(status.current_count) + " " +
+                      std::to_string(status.current_count_change));
+    }
+    void on_sample_rejected(DDSDataReader*, const DDS_SampleRejectedStatus& status) override {
+      calls.push_back("rejected " + std::to_string(status.total_count) + " " +
+                      std::to_string(status.total_count_change));
+    }
+    void on_requested_incompatible_qos(DDSDataReader*, const DDS_RequestedIncompatibleQosStatus& status) override {
+      calls.push_back("incompatible " + std::to_string(status.total_count_change));
+    }
+  } recorder;
+  DDSStringDataReader* reader = make_reader(topic, best_effort_reader(1), &recorder,
+                                            DDS_SUBSCRIPTION_MATCHED_STATUS | DDS_SAMPLE_REJECTED_STATUS);
+  EXPECT_EQ(write(writer, "kept"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(writer, "rejected"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(writer, "rejected"), DDS_RETCODE_OK);
+  DDSStringDataWriter* second = make_writer(topic);
+  EXPECT_EQ(remove(second), DDS_RETCODE_OK);
+  EXPECT_EQ(recorder.calls, (Strings{"matched 1 1", "rejected 1 1", "rejected 2 1", "matched 2 1", "matched 1 -1"}));
+  EXPECT_EQ(reader->get_status_changes() & (DDS_SUBSCRIPTION_MATCHED_STATUS | DDS_SAMPLE_REJECTED_STATUS), 0u)
+      << "telling the listener resets a status";
+  recorder.calls.clear();
+  EXPECT_EQ(reader->set_listener(&recorder, DDS_DATA_AVAILABLE_STATUS), DDS_RETCODE_OK);
+  EXPECT_EQ(take_values(reader), Strings{"kept"});
+  EXPECT_EQ(write(writer, "kept"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(writer, "rejected"), DDS_RETCODE_OK);
+  EXPECT_EQ(recorder.calls, Strings{"data"});
+  DDSStringDataReader* demanding = make_reader(participant.strings("Best effort"), keep_all_reader(), &recorder,
+                                               DDS_REQUESTED_INCOMPATIBLE_QOS_STATUS);
+  {
+    const LogLines log;
+    make_writer(DDSTopic::narrow(demanding->get_topicdescription()), best_effort_writer());
+  }
+  EXPECT_EQ(recorder.calls, (Strings{"data", "incompatible 1"}));
+  for (DDSStringDataReader* each : {reader, demanding}) { EXPECT_EQ(remove(each), DDS_RETCODE_OK); }
+}
+
+TEST_F(Listeners, OfWritersHearOfReaders) {
+  struct Recorder : DDSDataWriterListener {
+    std::vector<std::string> calls;
+    void on_publication_matched(DDSDataWriter*, const DDS_PublicationMatchedStatus& status) override {
+      calls.push_back("matched " + std::to_string(status.current_count));
+    }
+    void on_offered_incompatible_qos(DDSDataWriter*, const DDS_OfferedIncompatibleQosStatus& status) override {
+      calls.push_back("incompatible " + std::to_string(status.last_policy_id));
+    }
+  } recorder;
+  DDSDataWriter* listening =
+      participant->create_datawriter(topic, best_effort_writer(), &recorder, DDS_STATUS_MASK_ALL);
+  ASSERT_NE(listening, nullptr);
+  DDSStringDataReader* reader = make_reader(topic, best_effort_reader());
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+  {
+    const LogLines log;
+    make_reader(topic);
+  }
+  EXPECT_EQ(recorder.calls, (Strings{"matched 1", "matched 0", "incompatible 11"}));
+  EXPECT_EQ(listening->set_listener(nullptr, DDS_STATUS_MASK_NONE), DDS_RETCODE_OK);
+  make_reader(topic, best_effort_reader());
+  EXPECT_EQ(recorder.calls.size(), 3u);
+}
+
+TEST_F(Listeners, AreGoneOnceSetListenerHasReturned) {
+  std::promise<void> entered, release;
+  std::atomic<bool> finished{false};
+  OnData listener([&](DDSStringDataReader*) {
+    entered.set_value();
+    release.get_future().wait();
+    finished = true;
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  Thread writing([&] { EXPECT_EQ(write(writer, "1"), DDS_RETCODE_OK); });
+  entered.get_future().wait();
+  std::atomic<bool> replacing{false}, replaced{false};
+  Thread replacer([&] {
+    replacing = true;
+    EXPECT_EQ(reader->set_listener(nullptr, DDS_STATUS_MASK_NONE), DDS_RETCODE_OK);
+    EXPECT_TRUE(finished) << "a call was still running";
+    replaced = true;
+  });
+  while (!replacing) { std::this_thread::yield(); }
+  for (int i = 0; i < 1000; ++i) { std::this_thread::yield(); }
+  EXPECT_FALSE(replaced);
+  release.set_value();
+  replacer.join();
+  writing.join();
+  EXPECT_EQ(write(writer, "2"), DDS_RETCODE_OK) << "a further call would find the promise set already";
+  EXPECT_EQ(take_values(reader), (Strings{"1", "2"}));
+}
+
+TEST_F(Listeners, MayReplaceThemselves) {
+  int calls = 0;
+  OnData listener([&](DDSStringDataReader* reader) {
+    ++calls;
+    EXPECT_EQ(reader->set_listener(nullptr, DDS_STATUS_MASK_NONE), DDS_RETCODE_OK);
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  EXPECT_EQ(write(writer, "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(writer, "2"), DDS_RETCODE_OK);
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(reader->get_listener(), nullptr);
+}
+
+TEST_F(Listeners, MayNotDeleteTheirOwnReaderButOtherEntities) {
+  DDSStringDataReader* other = make_reader(topic);
+  std::vector<DDS_ReturnCode_t> outcomes;
+  OnData listener([&](DDSStringDataReader* reader) {
+    take_all(reader);
+    outcomes.push_back(remove(reader));
+    outcomes.push_back(remove(other));
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  EXPECT_EQ(write(writer, "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(outcomes, (std::vector<DDS_ReturnCode_t>{DDS_RETCODE_PRECONDITION_NOT_MET, DDS_RETCODE_OK}));
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, MayDeleteTheWriterWhoseWriteCallsThem) {
+  OnData listener([&](DDSStringDataReader* reader) {
+    take_all(reader);
+    if (writer != nullptr) { EXPECT_EQ(remove(std::exchange(writer, nullptr)), DDS_RETCODE_OK); }
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  EXPECT_EQ(write(writer, "the last"), DDS_RETCODE_OK);
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, ThatThrowAreLoggedAndCalledAgain) {
+  int calls = 0;
+  OnData listener([&](DDSStringDataReader*) {
+    ++calls;
+    if (calls == 1) { throw std::runtime_error("listener's fault"); }
+    if (calls == 2) { throw 42; }
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  {
+    const LogLines log;
+    EXPECT_EQ(write(writer, "1"), DDS_RETCODE_OK);
+    EXPECT_EQ(log.count("listener's fault"), 1);
+    EXPECT_EQ(write(writer, "2"), DDS_RETCODE_OK);
+    EXPECT_EQ(log.all().size(), 2u);
+  }
+  EXPECT_EQ(write(writer, "3"), DDS_RETCODE_OK);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(take_values(reader), (Strings{"1", "2", "3"}));
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, MayWaitForWhatAnotherThreadSends) {
+  DDSTopic* reply = participant.strings("Reply");
+  DDSStringDataReader* replies = make_reader(reply);
+  DDSStringDataWriter* reply_writer = make_writer(reply);
+  std::promise<void> asked;
+  Thread answering([&] {
+    asked.get_future().wait();
+    EXPECT_EQ(write(reply_writer, "answer"), DDS_RETCODE_OK);
+  });
+  Strings answer;
+  OnData listener([&](DDSStringDataReader*) {
+    asked.set_value();
+    DDSWaitSet waitset;
+    DDSConditionSeq active;
+    EXPECT_EQ(replies->get_statuscondition()->set_enabled_statuses(DDS_DATA_AVAILABLE_STATUS), DDS_RETCODE_OK);
+    EXPECT_EQ(waitset.attach_condition(replies->get_statuscondition()), DDS_RETCODE_OK);
+    EXPECT_EQ(waitset.wait(active, DDS_DURATION_INFINITE), DDS_RETCODE_OK);
+    answer = take_values(replies);
+  });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  EXPECT_EQ(write(writer, "question"), DDS_RETCODE_OK);
+  EXPECT_EQ(answer, Strings{"answer"});
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Listeners, MayBeReplacedByOneThreadWhileOthersWrite) {
+  const int count = scaled(20000);
+  std::atomic<int> calls{0};
+  OnData one([&](DDSStringDataReader* reader) { take_all(reader), ++calls; });
+  OnData other([&](DDSStringDataReader* reader) { take_all(reader), ++calls; });
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader());
+  std::atomic<bool> stop{false};
+  Thread writing([&] {
+    while (!stop) { EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK); }
+  });
+  for (int i = 0; i < count || calls == 0; ++i) {
+    DDSDataReaderListener* const next[] = {&one, nullptr, &other};
+    ASSERT_EQ(reader->set_listener(next[i % 3], DDS_DATA_AVAILABLE_STATUS), DDS_RETCODE_OK);
+  }
+  ASSERT_EQ(reader->set_listener(nullptr, DDS_STATUS_MASK_NONE), DDS_RETCODE_OK);
+  const int before = calls;
+  stop = true;
+  writing.join();
+  EXPECT_EQ(calls, before);
+}
+
+}  // namespace
+}  // namespace behaviour

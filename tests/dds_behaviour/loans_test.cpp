@@ -1,0 +1,246 @@
+// Loans: valid until returned, whatever others do; what is no loan is refused and harms nothing.
+
+#include <atomic>
+#include <random>
+
+#include "behaviour.hpp"
+
+namespace behaviour {
+namespace {
+
+/// A loan through the untyped calls, returned at the end of its scope unless it was before.
+class Loan {
+ public:
+  Loan(DDSDataReader* reader, bool take, int max_samples = DDS_LENGTH_UNLIMITED) : reader_(reader) {
+    retcode_ = reader->read_or_take_untyped(&data_, &count_, infos_, max_samples, DDS_ANY_SAMPLE_STATE,
+                                            DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE, nullptr, take);
+  }
+  Loan(Loan&&) = default;
+  Loan& operator=(Loan&&) = default;
+  ~Loan() {
+    if (infos_.length() > 0) { EXPECT_EQ(give_back(), DDS_RETCODE_OK); }
+  }
+  DDS_ReturnCode_t give_back() { return reader_->return_loan_untyped(data_, infos_); }
+
+  DDS_ReturnCode_t retcode() const { return retcode_; }
+  void** data() const { return data_; }
+  DDS_SampleInfoSeq& infos() { return infos_; }
+  Strings strings() const {
+    Strings result;
+    for (int i = 0; i < count_; ++i) { result.emplace_back(*static_cast<char**>(data_[i])); }
+    return result;
+  }
+
+ private:
+  DDSDataReader* reader_;
+  void** data_ = nullptr;
+  int count_ = 0;
+  DDS_SampleInfoSeq infos_;
+  DDS_ReturnCode_t retcode_;
+};
+
+class Loans : public ::testing::Test {
+ protected:
+  void write_numbers(int from, int to) {
+    for (int i = from; i < to; ++i) { ASSERT_EQ(write(writer, std::to_string(i)), DDS_RETCODE_OK); }
+  }
+
+  Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataWriter* writer = make_writer(topic);
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataReader* other = make_reader(topic);
+};
+
+TEST_F(Loans, OutliveTheWriterOfTheirSamples) {
+  write_numbers(0, 3);
+  Loan taken(reader, true);
+  const Loan read(other, false);
+  EXPECT_EQ(remove(writer), DDS_RETCODE_OK);
+  EXPECT_EQ(taken.strings(), (Strings{"0", "1", "2"}));
+  EXPECT_EQ(read.strings(), (Strings{"0", "1", "2"}));
+}
+
+TEST_F(Loans, OutliveATakeOfTheSameSamplesOnAnotherThread) {
+  write_numbers(0, 3);
+  const Loan first(reader, false);
+  Thread([&] { EXPECT_EQ(take_values(reader), (Strings{"0", "1", "2"})); }).join();
+  write_numbers(3, 100);  // would reuse the memory of what has been taken
+  take_all(reader);
+  take_all(other);
+  EXPECT_EQ(first.strings(), (Strings{"0", "1", "2"}));
+}
+
+TEST_F(Loans, OutliveTheReplacementOfTheirSamplesInTheHistory) {
+  DDS_DataReaderQos qos = keep_all_reader();
+  qos.history = {DDS_KEEP_LAST_HISTORY_QOS, 1};
+  DDSStringDataReader* latest = make_reader(topic, qos);
+  write_numbers(0, 1);
+  const Loan loan(latest, false);
+  write_numbers(1, 50);
+  EXPECT_EQ(loan.strings(), Strings{"0"});
+  EXPECT_EQ(take_values(latest), Strings{"49"});
+}
+
+TEST_F(Loans, KeepTheInfosOfTheMomentOfTheRead) {
+  write_numbers(0, 1);
+  Loan first(reader, false), second(reader, false);
+  EXPECT_EQ(first.infos()[0].sample_state, DDS_NOT_READ_SAMPLE_STATE);
+  EXPECT_EQ(first.infos()[0].view_state, DDS_NEW_VIEW_STATE);
+  EXPECT_EQ(second.infos()[0].sample_state, DDS_READ_SAMPLE_STATE);
+  EXPECT_EQ(second.infos()[0].view_state, DDS_NOT_NEW_VIEW_STATE);
+  EXPECT_EQ(*static_cast<char**>(first.data()[0]), *static_cast<char**>(second.data()[0])) << "nothing is copied";
+}
+
+TEST_F(Loans, OfSeveralReadersShareOneCopyOfTheData) {
+  write_numbers(0, 1);
+  const Loan one(reader, true), two(other, true);
+  EXPECT_EQ(*static_cast<char**>(one.data()[0]), *static_cast<char**>(two.data()[0]));
+}
+
+TEST_F(Loans, KeepTheirReaderFromBeingDeleted) {
+  write_numbers(0, 1);
+  {
+    const Loan loan(reader, true);
+    EXPECT_EQ(remove(reader), DDS_RETCODE_PRECONDITION_NOT_MET);
+    EXPECT_EQ(participant->delete_contained_entities(), DDS_RETCODE_PRECONDITION_NOT_MET);
+    EXPECT_EQ(loan.strings(), Strings{"0"});
+  }
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+}
+
+TEST_F(Loans, OfAnotherReaderAreRefused) {
+  write_numbers(0, 2);
+  Loan own(reader, true), foreign(other, true);
+  EXPECT_EQ(reader->return_loan_untyped(foreign.data(), foreign.infos()), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(foreign.infos().length(), 2);
+  EXPECT_EQ(foreign.strings(), (Strings{"0", "1"}));
+  EXPECT_EQ(own.give_back(), DDS_RETCODE_OK);
+  EXPECT_EQ(foreign.give_back(), DDS_RETCODE_OK);
+}
+
+TEST_F(Loans, AreRefusedWhenTheyWereReturnedBefore) {
+  write_numbers(0, 2);
+  Loan loan(reader, true);
+  void** const data = loan.data();
+  EXPECT_EQ(loan.give_back(), DDS_RETCODE_OK);
+  EXPECT_EQ(loan.infos().length(), 0);
+  EXPECT_TRUE(loan.infos().has_ownership());
+  EXPECT_EQ(reader->return_loan_untyped(data, loan.infos()), DDS_RETCODE_PRECONDITION_NOT_MET);
+  write_numbers(2, 3);
+  EXPECT_EQ(take_values(reader), Strings{"2"});
+}
+
+TEST_F(Loans, AreRefusedWhenTheirHalvesAreMixedUp) {
+  write_numbers(0, 4);
+  Loan one(reader, true, 2), two(reader, true, 2);
+  EXPECT_EQ(reader->return_loan_untyped(one.data(), two.infos()), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(reader->return_loan_untyped(nullptr, one.infos()), DDS_RETCODE_PRECONDITION_NOT_MET);
+  DDS_SampleInfoSeq none;
+  EXPECT_EQ(reader->return_loan_untyped(one.data(), none), DDS_RETCODE_PRECONDITION_NOT_MET);
+  void* invented[2] = {nullptr, nullptr};
+  EXPECT_EQ(reader->return_loan_untyped(invented, one.infos()), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(reader->return_loan_untyped(one.data() + 1, one.infos()), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(one.strings(), (Strings{"0", "1"}));
+  EXPECT_EQ(two.strings(), (Strings{"2", "3"}));
+  EXPECT_EQ(two.give_back(), DDS_RETCODE_OK);
+  EXPECT_EQ(one.give_back(), DDS_RETCODE_OK);
+}
+
+TEST_F(Loans, MayBeReturnedInAnyOrder) {
+  constexpr int count = 200;
+  write_numbers(0, count);
+  std::vector<Loan> loans;
+  for (int i = 0; i < count; ++i) { loans.emplace_back(reader, true, 1); }
+  std::shuffle(loans.begin(), loans.end(), std::mt19937(1));
+  for (Loan& loan : loans) { EXPECT_EQ(loan.give_back(), DDS_RETCODE_OK); }
+}
+
+TEST_F(Loans, AreNotMadeOverASequenceThatIsNotEmpty) {
+  write_numbers(0, 1);
+  void** data = nullptr;
+  int count = 0;
+  DDS_SampleInfoSeq infos(3);
+  EXPECT_EQ(reader->read_or_take_untyped(&data, &count, infos, 1, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                         DDS_ANY_INSTANCE_STATE, nullptr, true),
+            DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(take_values(reader), Strings{"0"}) << "a refused take takes nothing";
+}
+
+TEST_F(Loans, HoldAtMostWhatWasAskedForAndWhatTheReaderAllowsARead) {
+  DDS_DataReaderQos qos = keep_all_reader();
+  qos.reader_resource_limits.max_samples_per_read = 3;
+  DDSStringDataReader* limited = make_reader(topic, qos);
+  write_numbers(0, 5);
+  EXPECT_EQ(Loan(limited, false).strings().size(), 3u);
+  EXPECT_EQ(Loan(limited, false, 100).strings().size(), 3u);
+  EXPECT_EQ(Loan(limited, false, 2).strings().size(), 2u);
+  EXPECT_EQ(Loan(limited, false, 0).retcode(), DDS_RETCODE_NO_DATA);
+  EXPECT_EQ(Loan(limited, false, -2).retcode(), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(Loan(reader, true).strings().size(), 5u);
+  EXPECT_EQ(Loan(reader, true).retcode(), DDS_RETCODE_NO_DATA);
+}
+
+TEST_F(Loans, GiveWayToCopiesInSequencesWithRoomOfTheirOwn) {
+  write_numbers(0, 5);
+  DDS_StringSeq data(3);
+  DDS_SampleInfoSeq infos(3);
+  ASSERT_EQ(
+      reader->take(data, infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+      DDS_RETCODE_OK);
+  ASSERT_EQ(data.length(), 3);
+  EXPECT_TRUE(data.has_ownership());
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK) << "no loan is outstanding";
+  EXPECT_EQ(remove(writer), DDS_RETCODE_OK);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(data[i], std::to_string(i));
+    EXPECT_TRUE(infos[i].valid_data);
+  }
+  EXPECT_EQ(other->return_loan(data, infos), DDS_RETCODE_PRECONDITION_NOT_MET);
+}
+
+TEST_F(Loans, AreNotMixedWithCopies) {
+  write_numbers(0, 1);
+  const auto take_into = [&](DDS_StringSeq& data, DDS_SampleInfoSeq& infos) {
+    return reader->take(data, infos, 1, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
+  };
+  DDS_StringSeq data, room(2);
+  DDS_SampleInfoSeq infos, less_room(1);
+  EXPECT_EQ(take_into(room, infos), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(take_into(data, less_room), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(take_into(room, less_room), DDS_RETCODE_PRECONDITION_NOT_MET);
+  ASSERT_EQ(take_into(data, infos), DDS_RETCODE_OK);
+  EXPECT_EQ(take_into(data, infos), DDS_RETCODE_PRECONDITION_NOT_MET) << "the loan is still there";
+  EXPECT_EQ(reader->return_loan(data, infos), DDS_RETCODE_OK);
+}
+
+TEST_F(Loans, StayIntactWhileThreadsReadTakeAndWriteAtOnce) {
+  const int count = scaled(20000);
+  DDS_DataReaderQos qos = keep_all_reader(16);
+  DDSStringDataReader* shared = make_reader(topic, qos);
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+  EXPECT_EQ(remove(other), DDS_RETCODE_OK);
+  std::atomic<int> taken{0};
+  const auto check = [](const Loan& loan) {
+    for (const std::string& value : loan.strings()) {
+      EXPECT_EQ(value, std::string(value.size(), value.front()));  // a torn or reused buffer would differ
+    }
+    return static_cast<int>(loan.strings().size());
+  };
+  std::vector<Thread> threads;
+  for (int t = 0; t < 2; ++t) {
+    threads.emplace_back([&] {
+      while (taken < count) { taken += check(Loan(shared, true, 3)); }
+    });
+    threads.emplace_back([&] {
+      while (taken < count) { check(Loan(shared, false, 5)); }
+    });
+  }
+  for (int i = 0; i < count; ++i) {
+    const std::string value(static_cast<std::size_t>(1 + i % 50), static_cast<char>('a' + i % 26));
+    EXPECT_EQ(write(writer, value), DDS_RETCODE_OK);
+  }
+}
+
+}  // namespace
+}  // namespace behaviour

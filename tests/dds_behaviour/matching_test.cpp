@@ -1,0 +1,168 @@
+// Which ends meet, and what the ends that do not are told.
+
+#include "behaviour.hpp"
+#include "log_lines.hpp"
+
+namespace behaviour {
+namespace {
+
+DDS_PublicationMatchedStatus matched(DDSDataWriter* writer) {
+  DDS_PublicationMatchedStatus status;
+  EXPECT_EQ(writer->get_publication_matched_status(status), DDS_RETCODE_OK);
+  return status;
+}
+DDS_SubscriptionMatchedStatus matched(DDSDataReader* reader) {
+  DDS_SubscriptionMatchedStatus status;
+  EXPECT_EQ(reader->get_subscription_matched_status(status), DDS_RETCODE_OK);
+  return status;
+}
+
+void expect_strangers(DDSStringDataWriter* writer, DDSStringDataReader* reader) {
+  EXPECT_EQ(matched(writer).total_count, 0);
+  EXPECT_EQ(matched(reader).total_count, 0);
+  EXPECT_EQ(write(writer, "not for you"), DDS_RETCODE_OK);
+  EXPECT_EQ(take_values(reader), Strings{});
+}
+
+TEST(Matching, ParticipantsOfOneDomainMeet) {
+  const Participant one(7), other(7);
+  DDSStringDataReader* reader = make_reader(one.strings("Topic"));
+  DDSStringDataWriter* writer = make_writer(other.strings("Topic"));
+  EXPECT_EQ(write(writer, "hello"), DDS_RETCODE_OK);
+  EXPECT_EQ(take_values(reader), Strings{"hello"});
+}
+
+TEST(Matching, SamplesOfDifferentDomainsNeverMeet) {
+  const Participant one(1), other(2);
+  expect_strangers(make_writer(one.strings("Topic")), make_reader(other.strings("Topic")));
+}
+
+TEST(Matching, SamplesOfDifferentTopicsNeverMeet) {
+  const Participant participant;
+  expect_strangers(make_writer(participant.strings("Topic")), make_reader(participant.strings("Topic2")));
+}
+
+TEST(Matching, EndsWhoseTypeNamesDifferNeverMeet) {
+  const Participant one, other;
+  ASSERT_EQ(DDSStringTypeSupport::register_type(other.get(), "OtherName"), DDS_RETCODE_OK);
+  DDSTopic* topic = other->create_topic("Topic", "OtherName", DDS_TOPIC_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE);
+  ASSERT_NE(topic, nullptr);
+  EXPECT_STREQ(topic->get_type_name(), "OtherName");
+  expect_strangers(make_writer(one.strings("Topic")), make_reader(topic));
+}
+
+TEST(Matching, SamplesWrittenBeforeAReaderExistedAreNotForIt) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataWriter* writer = make_writer(topic);
+  EXPECT_EQ(write(writer, "early"), DDS_RETCODE_OK);
+  DDSStringDataReader* reader = make_reader(topic);
+  EXPECT_EQ(write(writer, "late"), DDS_RETCODE_OK);
+  EXPECT_EQ(take_values(reader), Strings{"late"});
+}
+
+TEST(Matching, AWriterOffersAtLeastWhatABestEffortReaderRequests) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* reader = make_reader(topic, best_effort_reader());
+  EXPECT_EQ(write(make_writer(topic), "reliable"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(make_writer(topic, best_effort_writer()), "best effort"), DDS_RETCODE_OK);
+  EXPECT_EQ(take_values(reader), (Strings{"reliable", "best effort"}));
+}
+
+TEST(Matching, MatchedStatusesCountComingAndGoingOnBothSides) {
+  const Participant one, other;
+  DDSTopic* readers_topic = other.strings("Topic");
+  DDSStringDataWriter* writer = make_writer(one.strings("Topic"));
+  DDSStringDataReader* first = make_reader(readers_topic);
+  DDSStringDataReader* second = make_reader(readers_topic);
+
+  DDS_PublicationMatchedStatus status = matched(writer);
+  EXPECT_EQ(status.total_count, 2);
+  EXPECT_EQ(status.total_count_change, 2);
+  EXPECT_EQ(status.current_count, 2);
+  EXPECT_EQ(status.current_count_change, 2);
+  EXPECT_EQ(matched(first).current_count, 1);
+
+  DDS_InstanceHandleSeq readers;
+  ASSERT_EQ(writer->get_matched_subscriptions(readers), DDS_RETCODE_OK);
+  ASSERT_EQ(readers.length(), 2);
+  EXPECT_NE(readers[0], readers[1]);
+  EXPECT_EQ(status.last_subscription_handle, readers[1]) << "the second reader came last";
+
+  EXPECT_EQ(remove(second), DDS_RETCODE_OK);
+  status = matched(writer);
+  EXPECT_EQ(status.total_count, 2);
+  EXPECT_EQ(status.total_count_change, 0);
+  EXPECT_EQ(status.current_count, 1);
+  EXPECT_EQ(status.current_count_change, -1);
+
+  EXPECT_EQ(remove(writer), DDS_RETCODE_OK);
+  const DDS_SubscriptionMatchedStatus end = matched(first);
+  EXPECT_EQ(end.total_count, 1);
+  EXPECT_EQ(end.current_count, 0);
+  EXPECT_EQ(end.current_count_change, -1);
+}
+
+TEST(Matching, ASampleNamesItsWriterAmongTheMatchedPublications) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSStringDataWriter* one = make_writer(topic);
+  DDSStringDataWriter* other = make_writer(topic);
+  EXPECT_EQ(write(one, "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(write(other, "2"), DDS_RETCODE_OK);
+  const std::vector<Received> received = take_all(reader);
+  ASSERT_EQ(received.size(), 2u);
+  DDS_InstanceHandleSeq writers;
+  ASSERT_EQ(reader->get_matched_publications(writers), DDS_RETCODE_OK);
+  ASSERT_EQ(writers.length(), 2);
+  EXPECT_EQ(std::minmax(received[0].info.publication_handle, received[1].info.publication_handle),
+            std::minmax(writers[0], writers[1]));
+  EXPECT_NE(writers[0], writers[1]);
+}
+
+class IncompatibleEnds : public ::testing::TestWithParam<bool> {};
+
+TEST_P(IncompatibleEnds, RaiseTheirStatusesOnBothSidesAndOneLogLineThatNamesThePolicy) {
+  const bool writer_first = GetParam();
+  const Participant one, other;
+  DDSTopic* writers_topic = one.strings("Topic");
+  DDSTopic* readers_topic = other.strings("Topic");
+  const LogLines log;
+  DDSStringDataReader* reader = writer_first ? nullptr : make_reader(readers_topic);
+  DDSStringDataWriter* writer = make_writer(writers_topic, best_effort_writer());
+  if (writer_first) { reader = make_reader(readers_topic); }
+
+  EXPECT_EQ(log.count("reliability"), 1);
+  EXPECT_EQ(log.all().size(), 1u);
+  EXPECT_NE(writer->get_status_changes() & DDS_OFFERED_INCOMPATIBLE_QOS_STATUS, 0u);
+  EXPECT_NE(reader->get_status_changes() & DDS_REQUESTED_INCOMPATIBLE_QOS_STATUS, 0u);
+  ASSERT_EQ(reader->get_statuscondition()->set_enabled_statuses(DDS_REQUESTED_INCOMPATIBLE_QOS_STATUS), DDS_RETCODE_OK);
+  EXPECT_TRUE(reader->get_statuscondition()->get_trigger_value());
+
+  DDS_RequestedIncompatibleQosStatus requested;
+  ASSERT_EQ(reader->get_requested_incompatible_qos_status(requested), DDS_RETCODE_OK);
+  DDS_OfferedIncompatibleQosStatus offered;
+  ASSERT_EQ(writer->get_offered_incompatible_qos_status(offered), DDS_RETCODE_OK);
+  for (const auto* status : {&requested, &offered}) {
+    EXPECT_EQ(status->total_count, 1);
+    EXPECT_EQ(status->total_count_change, 1);
+    EXPECT_EQ(status->last_policy_id, DDS_RELIABILITY_QOS_POLICY_ID);
+    ASSERT_EQ(status->policies.length(), 1);
+    EXPECT_EQ(status->policies[0].policy_id, DDS_RELIABILITY_QOS_POLICY_ID);
+    EXPECT_EQ(status->policies[0].count, 1);
+  }
+  EXPECT_FALSE(reader->get_statuscondition()->get_trigger_value()) << "reading the status resets it";
+  ASSERT_EQ(reader->get_requested_incompatible_qos_status(requested), DDS_RETCODE_OK);
+  EXPECT_EQ(requested.total_count, 1);
+  EXPECT_EQ(requested.total_count_change, 0);
+
+  expect_strangers(writer, reader);
+}
+INSTANTIATE_TEST_SUITE_P(InEitherOrder, IncompatibleEnds, ::testing::Bool(), [](const auto& test) {
+  return test.param ? std::string("WriterFirst") : std::string("ReaderFirst");
+});
+
+}  // namespace
+}  // namespace behaviour
