@@ -35,5 +35,5 @@ function(zemtra_library target)
     set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ON
                                                INTERPROCEDURAL_OPTIMIZATION_RELWITHDEBINFO ON)
   endif()
-  target_include_directories(${target} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>)
 endfunction()

@@ -5,8 +5,9 @@
 #include <dds/export.hpp>
 
 /// All that the layer needs to know of a data type: a table of functions, registered by name with
-/// `DDSDomainParticipant::register_type`. None of the functions may throw. They are called from any thread, never for
-/// one sample by two threads at once unless all of them only read it.
+/// `DDSDomainParticipant::register_type`. None of the functions may throw, nor call into this layer, which calls some
+/// of them under its locks. They are called from any thread, never for one sample by two threads at once unless all of
+/// them only read it.
 ///
 /// "Own" samples are those that the layer constructs and reuses. A plugin may keep more in them than the application
 /// sees, as long as the application's view of a sample lies at the beginning: that is how memory is reused from one
