@@ -13,7 +13,7 @@ TEST(ReaderCache, ASampleThatWasReservedBeforeTheIndexWasMadeIsFoundThroughTheIn
   {
     const dds::ReaderCache::Limits limits{true, 1, SIZE_MAX, SIZE_MAX, SIZE_MAX};
     dds::ReaderCache cache(dds::string_plugin, limits, false);
-    const dds::RefPtr<dds::Message> message = pool->acquire();
+    dds::RefPtr<dds::Message> message = pool->acquire();
     message->related_identity.sequence_number = {0, 7};
     dds::RemoteWriter writer;
     dds::ReaderCache::Refusal why = dds::ReaderCache::Refusal::none;
@@ -24,7 +24,8 @@ TEST(ReaderCache, ASampleThatWasReservedBeforeTheIndexWasMadeIsFoundThroughTheIn
     cache.enable_index();
     EXPECT_TRUE(cache.commit(entry, notifications));
 
-    auto* condition = new dds::ConditionCore;
+    const auto owner = dds::RefPtr<dds::OwnerLock>::adopt(new dds::OwnerLock);
+    auto* condition = new dds::ConditionCore(*owner);
     dds::Watch watch;
     watch.condition = condition;
     const std::uint64_t key = dds::CorrelationIndex::key({0, 7});

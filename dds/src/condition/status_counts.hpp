@@ -1,14 +1,22 @@
 #pragma once
 
 #include <dds/status.hpp>
+#include <limits>
 #include <type_traits>
 
 namespace dds {
 
+/// One more; the counts stay at their largest value, which a full reader may well reach.
+template <class Status>
+void count_one(Status& status) {
+  constexpr DDS_Long most = std::numeric_limits<DDS_Long>::max();
+  if (status.total_count != most) { ++status.total_count; }
+  if (status.total_count_change != most) { ++status.total_count_change; }
+}
+
 /// Counts another end that a policy kept from matching. Exhausted memory costs the count per policy, not the total.
 inline void count_policy(DDS_RequestedIncompatibleQosStatus& status, DDS_QosPolicyId_t policy) {
-  ++status.total_count;
-  ++status.total_count_change;
+  count_one(status);
   status.last_policy_id = policy;
   int i = 0;
   while (i < status.policies.length() && status.policies[i].policy_id != policy) { ++i; }
@@ -19,8 +27,7 @@ inline void count_policy(DDS_RequestedIncompatibleQosStatus& status, DDS_QosPoli
 
 template <class Status>
 void count_match(Status& status, DDS_InstanceHandle_t Status::*last, DDS_InstanceHandle_t handle) {
-  ++status.total_count;
-  ++status.total_count_change;
+  count_one(status);
   ++status.current_count;
   ++status.current_count_change;
   status.*last = handle;

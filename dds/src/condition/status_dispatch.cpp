@@ -33,7 +33,7 @@ DDS_StatusMask StatusDispatch::silence() {
   {
     Notifications notifications;
     const MutexLock lock(lock_);
-    former = std::exchange(mask_, 0);
+    former = mask_.exchange(0, std::memory_order_relaxed);
     if (Notifications::withdraw(*this)) { drop_calls(notifications); }
   }
   if (in_listener()) { return former; }
@@ -51,7 +51,7 @@ DDS_StatusMask StatusDispatch::silence() {
 void StatusDispatch::resume(DDS_StatusMask mask) {
   Notifications notifications;
   const MutexLock lock(lock_);
-  mask_ = mask;
+  mask_.store(mask, std::memory_order_relaxed);
   const DDS_StatusMask missed = changes_ & mask;
   if (missed == 0) { return; }
   change(changes_ & ~missed, notifications);
@@ -85,13 +85,25 @@ void StatusDispatch::run() {
 void StatusDispatch::tell_all(DDS_StatusMask statuses) {
   teller_.store(&this_thread, std::memory_order_relaxed);
   for (; statuses != 0; statuses &= statuses - 1) {
+    const DDS_StatusMask status = statuses & -statuses;
+    if ((mask_.load(std::memory_order_relaxed) & status) == 0) {
+      leave_changed(status);
+      continue;
+    }
     try {
-      tell(statuses & -statuses);
+      tell(status);
     } catch (const std::exception& error) {
       DDS_LOG_FAILURE("listener", QVX_LOG_ANY_FAILURE_s, "exception from a listener: %s", error.what());
     } catch (...) { DDS_LOG_FAILURE("listener", QVX_LOG_ANY_FAILURE_s, "exception from a listener"); }
   }
   teller_.store(nullptr, std::memory_order_relaxed);
+}
+
+// For a status that the listener, replaced from a call of its own, no longer asks for.
+void StatusDispatch::leave_changed(DDS_StatusMask status) {
+  Notifications notifications;
+  const MutexLock lock(lock_);
+  change(changes_ | status, notifications);
 }
 
 StatusDispatch::Condition::~Condition() {

@@ -24,7 +24,7 @@ class StatusDispatch : public Callback {
 
   /// A status has changed. Under the entity's lock, as are `read` and `changes`.
   void raise(DDS_StatusMask status, Notifications& notifications) {
-    if ((mask_ & status) == 0) {
+    if ((mask_.load(std::memory_order_relaxed) & status) == 0) {
       change(changes_ | status, notifications);
     } else if ((state_.fetch_or(status | kRunning, std::memory_order_acq_rel) & kRunning) == 0) {
       notifications.call(this);
@@ -46,7 +46,7 @@ class StatusDispatch : public Callback {
     silence();
     const MutexLock lock(lock_);
     replace();
-    mask_ = mask;
+    mask_.store(mask, std::memory_order_relaxed);
   }
   /// No call begins after this returns, and none runs, unless this is called from one. Returns what the listener was
   /// asked for.
@@ -87,11 +87,12 @@ class StatusDispatch : public Callback {
 
   void change(DDS_StatusMask changes, Notifications& notifications);
   void tell_all(DDS_StatusMask statuses);
+  void leave_changed(DDS_StatusMask status);
   void drop_calls(Notifications& notifications);
 
   const RefPtr<OwnerLock> owner_lock_;
-  Mutex& lock_;              // the same
-  DDS_StatusMask mask_ = 0;  // guarded by lock_, as are the next two
+  Mutex& lock_;                          // the same
+  std::atomic<DDS_StatusMask> mask_{0};  // changed under lock_, which guards the next two
   DDS_StatusMask changes_ = 0;
   DDS_StatusMask enabled_ = DDS_STATUS_MASK_ALL;
   std::atomic<std::uint32_t> state_{0};

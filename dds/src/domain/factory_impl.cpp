@@ -36,6 +36,8 @@ class FactoryImpl final : public DDSDomainParticipantFactory {
   }
 
  private:
+  DDS_ReturnCode_t try_delete(DDSDomainParticipant* participant) DDS_EXCLUDES(mutex_);
+
   Mutex mutex_;
   std::unordered_map<DDSDomainParticipant*, std::unique_ptr<ParticipantImpl>> participants_ DDS_GUARDED_BY(mutex_);
   ProfileStore profiles_;
@@ -66,6 +68,10 @@ DDSDomainParticipant* FactoryImpl::create_participant(DDS_DomainId_t domain_id, 
 }
 
 DDS_ReturnCode_t FactoryImpl::delete_participant(DDSDomainParticipant* participant) {
+  return DDS_LOG_REFUSAL("delete_participant", try_delete(participant), "the participant still holds entities");
+}
+
+DDS_ReturnCode_t FactoryImpl::try_delete(DDSDomainParticipant* participant) {
   std::unique_ptr<ParticipantImpl> deleted;
   const MutexLock lock(mutex_);
   const auto found = participants_.find(participant);

@@ -51,11 +51,13 @@ DDSSubscriber* ParticipantImpl::create_subscriber(const DDS_SubscriberQos& qos, 
 }
 
 DDS_ReturnCode_t ParticipantImpl::delete_publisher(DDSPublisher* publisher) {
-  return delete_group(&ParticipantImpl::publishers_, publisher);
+  return DDS_LOG_REFUSAL("delete_publisher", delete_group(&ParticipantImpl::publishers_, publisher),
+                         "not a publisher of this participant, or not empty");
 }
 
 DDS_ReturnCode_t ParticipantImpl::delete_subscriber(DDSSubscriber* subscriber) {
-  return delete_group(&ParticipantImpl::subscribers_, subscriber);
+  return DDS_LOG_REFUSAL("delete_subscriber", delete_group(&ParticipantImpl::subscribers_, subscriber),
+                         "not a subscriber of this participant, or not empty");
 }
 
 bool ParticipantImpl::empty() {

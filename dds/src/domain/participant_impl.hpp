@@ -103,6 +103,8 @@ class ParticipantImpl final : public QuietEntity<DDSDomainParticipant> {
   /// The topic if it is one of this participant, found by its name; otherwise the end.
   TopicMap::iterator find(DDSTopicDescription* topic) DDS_REQUIRES(mutex_);
   FilteredMap::iterator find_filtered(DDSTopicDescription* topic) DDS_REQUIRES(mutex_);
+  DDS_ReturnCode_t try_delete(DDSTopic* topic) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t try_delete(DDSContentFilteredTopic* topic) DDS_EXCLUDES(mutex_);
   bool name_is_free(std::string_view name) DDS_REQUIRES(mutex_);
   /// Why a topic cannot be created; null when it was.
   const char* add_topic(const char* name, const char* type_name, const DDS_TopicQos& qos, TopicImpl*& topic)

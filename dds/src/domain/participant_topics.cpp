@@ -92,6 +92,10 @@ ParticipantImpl::FilteredMap::iterator ParticipantImpl::find_filtered(DDSTopicDe
 }
 
 DDS_ReturnCode_t ParticipantImpl::delete_topic(DDSTopic* topic) {
+  return DDS_LOG_REFUSAL("delete_topic", try_delete(topic), "not a topic of this participant, or in use");
+}
+
+DDS_ReturnCode_t ParticipantImpl::try_delete(DDSTopic* topic) {
   if (topic == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   std::unique_ptr<TopicImpl> deleted;
   const MutexLock lock(mutex_);
@@ -135,6 +139,11 @@ DDSContentFilteredTopic* ParticipantImpl::create_contentfilteredtopic(const char
 }
 
 DDS_ReturnCode_t ParticipantImpl::delete_contentfilteredtopic(DDSContentFilteredTopic* topic) {
+  return DDS_LOG_REFUSAL("delete_contentfilteredtopic", try_delete(topic),
+                         "not a content-filtered topic of this participant, or in use");
+}
+
+DDS_ReturnCode_t ParticipantImpl::try_delete(DDSContentFilteredTopic* topic) {
   if (topic == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   std::unique_ptr<ContentFilteredTopicImpl> deleted;
   const MutexLock lock(mutex_);

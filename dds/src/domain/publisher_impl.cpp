@@ -57,6 +57,10 @@ DDSDataWriter* PublisherImpl::create(TopicImpl& topic, const DDS_DataWriterQos& 
 }
 
 DDS_ReturnCode_t PublisherImpl::delete_datawriter(DDSDataWriter* writer) {
+  return DDS_LOG_REFUSAL("delete_datawriter", try_delete(writer), "not a writer of this publisher, or in its listener");
+}
+
+DDS_ReturnCode_t PublisherImpl::try_delete(DDSDataWriter* writer) {
   if (writer == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   std::unique_ptr<WriterEntity> deleted;
   {

@@ -26,6 +26,7 @@ class PublisherImpl final : public QuietEntity<DDSPublisher> {
  private:
   DDSDataWriter* create(TopicImpl& topic, const DDS_DataWriterQos& qos, DDSDataWriterListener* listener,
                         DDS_StatusMask mask) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t try_delete(DDSDataWriter* writer) DDS_EXCLUDES(mutex_);
 
   ParticipantImpl& participant_;
   Mutex mutex_;

@@ -77,9 +77,14 @@ ReaderEntity* SubscriberImpl::claim(DDSDataReader* reader) {
   return &entity;
 }
 
+DDS_ReturnCode_t SubscriberImpl::delete_datareader(DDSDataReader* reader) {
+  return DDS_LOG_REFUSAL("delete_datareader", try_delete(reader),
+                         "not a reader of this subscriber, with loans or conditions, or in its listener");
+}
+
 // A listener that is running may hold a loan that it is about to return, or take one to keep. So it comes to rest
 // before the loans are looked at.
-DDS_ReturnCode_t SubscriberImpl::delete_datareader(DDSDataReader* reader) {
+DDS_ReturnCode_t SubscriberImpl::try_delete(DDSDataReader* reader) {
   if (reader == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   ReaderEntity* const entity = claim(reader);
   if (entity == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }

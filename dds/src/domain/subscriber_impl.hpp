@@ -27,6 +27,7 @@ class SubscriberImpl final : public QuietEntity<DDSSubscriber> {
   DDSDataReader* create(const ReaderTopic& topic, const DDS_DataReaderQos& qos, DDSDataReaderListener* listener,
                         DDS_StatusMask mask) DDS_EXCLUDES(mutex_);
   /// The reader, which then is the caller's to delete; null when it cannot be.
+  DDS_ReturnCode_t try_delete(DDSDataReader* reader) DDS_EXCLUDES(mutex_);
   ReaderEntity* claim(DDSDataReader* reader) DDS_EXCLUDES(mutex_);
 
   ParticipantImpl& participant_;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "util/entity_ids.hpp"
+#include "util/reserve_one.hpp"
 
 namespace dds {
 
@@ -39,9 +40,9 @@ void InProcessWriter::connect(InProcessReader& reader, Notifications& notificati
   const DDS_GUID_t* related = related_writer(reader);
   {
     const MutexLock lock(mutex_);
-    targets_.reserve(route_count_ + 1);
+    reserve_one(targets_, route_count_);
     std::vector<Route>& routes = related == nullptr ? other_routes_ : routes_by_related_writer_[*related];
-    routes.reserve(routes.size() + 1);
+    reserve_one(routes, routes.size());
     RemoteWriter* self = sink.add_writer(sink_.handle(), sink_.reliable(), notifications);
     routes.push_back({&sink, self, related == nullptr ? reader.filter() : nullptr});
     ++route_count_;
@@ -82,10 +83,22 @@ void InProcessWriter::disconnect(InProcessReader& reader, Notifications& notific
 void InProcessWriter::find_targets(const Message& message) {
   targets_.clear();
   const FilterSample sample{message.identity, message.related_identity, message.sample()};
+  // The end of an instance concerns whoever holds it, whether or not the filter would admit the key alone.
+  const bool is_end = message.kind != MessageKind::data;
   for (const Route& route : other_routes_) {
-    if (route.filter == nullptr || route.filter->admits(sample)) { targets_.push_back({&route, {}}); }
+    if (route.filter == nullptr || route.filter->admits(sample) || (is_end && route.reader->knows(message))) {
+      targets_.push_back({&route, {}});
+    }
   }
   if (routes_by_related_writer_.empty()) { return; }
+  if (is_end) {
+    for (const auto& [writer, routes] : routes_by_related_writer_) {
+      for (const Route& route : routes) {
+        if (route.reader->knows(message)) { targets_.push_back({&route, {}}); }
+      }
+    }
+    return;
+  }
   const auto found = routes_by_related_writer_.find(message.related_identity.writer_guid);
   if (found == routes_by_related_writer_.end()) { return; }
   for (const Route& route : found->second) { targets_.push_back({&route, {}}); }

@@ -7,6 +7,7 @@
 #include "in_process/in_process_endpoints.hpp"
 #include "log/log.hpp"
 #include "qos/qos_check.hpp"
+#include "util/reserve_one.hpp"
 
 namespace dds {
 
@@ -91,7 +92,7 @@ void TopicBus::introduce(Introduction& introduction, InProcessWriter& writer, In
 void TopicBus::add(InProcessWriter& writer) {
   Introduction introduction(writer.topic_name());
   const MutexLock lock(mutex_);
-  writers_.reserve(writers_.size() + 1);
+  reserve_one(writers_, writers_.size());
   introduction.mismatches.reserve(readers_.size());
   try {
     for (InProcessReader* reader : readers_) { introduce(introduction, writer, *reader); }
@@ -105,7 +106,7 @@ void TopicBus::add(InProcessWriter& writer) {
 void TopicBus::add(InProcessReader& reader) {
   Introduction introduction(reader.topic_name());
   const MutexLock lock(mutex_);
-  readers_.reserve(readers_.size() + 1);
+  reserve_one(readers_, readers_.size());
   introduction.mismatches.reserve(writers_.size());
   try {
     for (InProcessWriter* writer : writers_) { introduce(introduction, *writer, reader); }

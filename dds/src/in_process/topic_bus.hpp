@@ -18,7 +18,7 @@ class TopicBus {
   /// The bus of that topic, which lives as long as somebody holds it. Throws `std::bad_alloc`.
   static std::shared_ptr<TopicBus> get(DDS_DomainId_t domain, const std::string& topic_name);
 
-  /// Matches the endpoint with those of the other kind. Throws `std::bad_alloc`, having told nobody of the endpoint.
+  /// Matches the endpoint with those of the other kind. Throws `std::bad_alloc`, having undone the matches.
   void add(InProcessWriter& writer) DDS_EXCLUDES(mutex_);
   void add(InProcessReader& reader) DDS_EXCLUDES(mutex_);
   void remove(InProcessWriter& writer) DDS_EXCLUDES(mutex_);

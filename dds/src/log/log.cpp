@@ -101,4 +101,14 @@ void log_failure(const char* file, int line, const char* context, const QVXLogMe
                                 argument);
 }
 
+DDS_ReturnCode_t log_refusal(const char* file, int line, const char* context, DDS_ReturnCode_t outcome,
+                             const char* precondition) {
+  if (outcome == DDS_RETCODE_BAD_PARAMETER) {
+    log_failure(file, line, context, DDS_LOG_BAD_PARAMETER_s, "null or out of range");
+  } else if (outcome == DDS_RETCODE_PRECONDITION_NOT_MET) {
+    log_failure(file, line, context, QVX_LOG_PRECONDITION_FAILURE_s, "%s", precondition);
+  }
+  return outcome;
+}
+
 }  // namespace dds

@@ -57,6 +57,11 @@ void ReaderCore::cancel(const Reservation& reservation) {
   space_.notify();  // the place may be what another writer waits for
 }
 
+bool ReaderCore::knows(const Message& message) {
+  const MutexLock lock(mutex_);
+  return cache_.instances().find(message.key) != nullptr;
+}
+
 ReaderCore::Admission ReaderCore::try_reserve(RefPtr<Message>& message, RemoteWriter& writer,
                                               Reservation& reservation) {
   reservation.entry = cache_.reserve(message, writer, reservation.why);
@@ -81,10 +86,8 @@ void ReaderCore::settle(const Reservation& reservation, Notifications& notificat
     }
     return;
   }
-  ++lost_.total_count;
-  ++lost_.total_count_change;
-  ++rejected_.total_count;
-  ++rejected_.total_count_change;
+  count_one(lost_);
+  count_one(rejected_);
   rejected_.last_reason = reservation.why == ReaderCache::Refusal::samples ? DDS_REJECTED_BY_SAMPLES_LIMIT
                           : reservation.why == ReaderCache::Refusal::instances
                               ? DDS_REJECTED_BY_INSTANCES_LIMIT

@@ -70,6 +70,10 @@ DDSReadCondition* ReaderCore::create_readcondition(DDS_SampleStateMask sample_st
 }
 
 DDS_ReturnCode_t ReaderCore::create_index(const char* name) {
+  return DDS_LOG_REFUSAL("DDSDataReader::create_index", add_index(name), "an index of that name exists");
+}
+
+DDS_ReturnCode_t ReaderCore::add_index(const char* name) {
   if (name == nullptr || *name == '\0') { return DDS_RETCODE_BAD_PARAMETER; }
   const MutexLock lock(mutex_);
   if (std::find(index_names_.begin(), index_names_.end(), name) != index_names_.end()) {
@@ -126,6 +130,11 @@ ReadConditionImpl* ReaderCore::make_condition(DDS_SampleStateMask sample_states,
 }
 
 DDS_ReturnCode_t ReaderCore::delete_readcondition(DDSReadCondition* condition) {
+  return DDS_LOG_REFUSAL("DDSDataReader::delete_readcondition", try_delete(condition),
+                         "not a condition of this reader");
+}
+
+DDS_ReturnCode_t ReaderCore::try_delete(DDSReadCondition* condition) {
   if (condition == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   auto* own = static_cast<ReadConditionImpl*>(condition->procedural_handle());
   const MutexLock lock(mutex_);
@@ -156,19 +165,22 @@ void ReaderCore::drop_condition(ReadConditionImpl* condition) {
 
 DDS_ReturnCode_t ReaderCore::read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples,
                                           StateMask states, DDS_ReadCondition* condition, bool take) {
+  return DDS_LOG_REFUSAL("DDSDataReader::read or take",
+                         try_read_or_take(data, count, infos, max_samples, states, condition, take),
+                         "the sequence of infos is in use, or the condition is not one of this reader");
+}
+
+DDS_ReturnCode_t ReaderCore::try_read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples,
+                                              StateMask states, DDS_ReadCondition* condition, bool take) {
   if (data == nullptr || count == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   *count = 0;
   if (max_samples < 0 && max_samples != DDS_LENGTH_UNLIMITED) { return DDS_RETCODE_BAD_PARAMETER; }
   if (!infos.has_ownership() || infos.maximum() != 0) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-  ReaderCache::Selection selection{states, nullptr};
-  if (condition != nullptr) {
-    const auto* own = static_cast<ReadConditionImpl*>(condition);
-    if (&own->reader_ != this) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-    selection = {own->watch_.states, own->watch_.bucket};
-  }
+  const auto* own = static_cast<ReadConditionImpl*>(condition);
+  if (own != nullptr && &own->reader_ != this) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
   const std::size_t most = std::min(limit(max_samples), limit(qos_.reader_resource_limits.max_samples_per_read));
   Loan* loan = nullptr;
-  const DDS_ReturnCode_t retcode = lend(selection, most, take, loan);
+  const DDS_ReturnCode_t retcode = lend(states, own, most, take, loan);
   if (retcode != DDS_RETCODE_OK) { return retcode; }
   *data = loan->data.data();
   *count = static_cast<int>(loan->count);
@@ -176,10 +188,16 @@ DDS_ReturnCode_t ReaderCore::read_or_take(void*** data, int* count, DDS_SampleIn
   return DDS_RETCODE_OK;
 }
 
-DDS_ReturnCode_t ReaderCore::lend(const ReaderCache::Selection& selection, std::size_t most, bool take, Loan*& loan) {
+DDS_ReturnCode_t ReaderCore::lend(StateMask states, const ReadConditionImpl* condition, std::size_t most, bool take,
+                                  Loan*& loan) {
   Notifications notifications;
   {
     const MutexLock lock(mutex_);
+    ReaderCache::Selection selection{states, nullptr};
+    if (condition != nullptr) {
+      if (!condition->in_use_) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
+      selection = {condition->watch_.states, condition->watch_.bucket};
+    }
     read(DDS_DATA_AVAILABLE_STATUS, notifications);
     try {
       loan = cache_.get(selection, most, take, notifications);
@@ -190,8 +208,12 @@ DDS_ReturnCode_t ReaderCore::lend(const ReaderCache::Selection& selection, std::
   return DDS_RETCODE_OK;
 }
 
-// The messages are released after the lock, because a type's own code may run when the last reference goes.
 DDS_ReturnCode_t ReaderCore::return_loan(void** data, DDS_SampleInfoSeq& infos) {
+  return DDS_LOG_REFUSAL("DDSDataReader::return_loan", end_loan(data, infos), "not an outstanding loan of this reader");
+}
+
+// The messages are released after the lock, because a type's own code may run when the last reference goes.
+DDS_ReturnCode_t ReaderCore::end_loan(void** data, DDS_SampleInfoSeq& infos) {
   if (data == nullptr || infos.has_ownership()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
   Message* few[kFewMessages];
   std::size_t count = 0;

@@ -48,6 +48,8 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   Admission reserve(RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation) DDS_EXCLUDES(mutex_);
   void commit(const Reservation& reservation, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void cancel(const Reservation& reservation) DDS_EXCLUDES(mutex_);
+  /// Whether the reader knows the instance of a message.
+  bool knows(const Message& message) DDS_EXCLUDES(mutex_);
   /// After `full`, with the ticket left in the writer: blocks until the reader may have room, or the deadline. Call it
   /// without any lock; the reader stays alive meanwhile.
   void wait_for_space(std::uint32_t ticket, Deadline& deadline);
@@ -95,8 +97,13 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
                                     DDS_InstanceStateMask instance_states, const std::uint64_t* key,
                                     Notifications& notifications) DDS_REQUIRES(mutex_);
   void drop_condition(ReadConditionImpl* condition) DDS_REQUIRES(mutex_);
-  DDS_ReturnCode_t lend(const ReaderCache::Selection& selection, std::size_t most, bool take, Loan*& loan)
+  DDS_ReturnCode_t add_index(const char* name) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t try_delete(DDSReadCondition* condition) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t try_read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples,
+                                    StateMask states, DDS_ReadCondition* condition, bool take) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t lend(StateMask states, const ReadConditionImpl* condition, std::size_t most, bool take, Loan*& loan)
       DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t end_loan(void** data, DDS_SampleInfoSeq& infos) DDS_EXCLUDES(mutex_);
 
   DDSDataReader& api_;
   const DDS_TypePlugin type_;

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <time.h>
-
 #include <cstdint>
+#include <ctime>
 #include <dds/time.hpp>
 
 namespace dds {

@@ -16,12 +16,12 @@ class RefCounted {
   }
   /// True when the caller holds the only reference.
   bool unique() const { return count_.load(std::memory_order_acquire) == 1; }
+  RefCounted(const RefCounted&) = delete;
+  RefCounted& operator=(const RefCounted&) = delete;
 
  protected:
   RefCounted() = default;
   ~RefCounted() = default;
-  RefCounted(const RefCounted&) = delete;
-  RefCounted& operator=(const RefCounted&) = delete;
 
  private:
   mutable std::atomic<std::uint32_t> count_{1};
