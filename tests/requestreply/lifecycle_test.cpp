@@ -314,6 +314,19 @@ TEST_F(Lifecycle, MovesEverythingIntoAnEntityThatWasNotInitialized) {
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
+TEST_F(Lifecycle, OfAFinalizedEntityIsOverWhateverItIsExchangedFor) {
+  Open<EntityUntypedImpl> finalized(false);
+  finalized.finalize();
+  Open<EntityUntypedImpl> entity(false);
+  initialize(entity);
+  entity.swap(finalized);
+  finalized.finalize();
+  EXPECT_NE(finalized.reader, nullptr);
+  finalized.swap(entity);
+  entity.finalize();
+  EXPECT_EQ(entity.reader, nullptr);
+}
+
 TEST_F(Lifecycle, HasTheMembersAndVirtualOperationsThatFrontEndsRelyOn) {
   EXPECT_STREQ(EntityUntypedImpl::CLASS_NAME, "zemtra::details::EntityUntypedImpl");
   Open<EntityUntypedImpl> entity(false);
@@ -352,9 +365,9 @@ TEST_F(Lifecycle, HasTheMembersAndVirtualOperationsThatFrontEndsRelyOn) {
   }
 }
 
-/// Outside the unnamed namespace, so that the names of its functions can be looked up.
 }  // namespace
 
+/// Not in the unnamed namespace, so that the names of its functions can be looked up.
 class VisibleBuilder final : public EntityUntypedImpl::TopicBuilder {
  public:
   DDSTopic* create_writer_topic(const EntityParams& params, const char* type_name) override;

@@ -77,7 +77,8 @@ class ZEMTRA_EXPORT EntityUntypedImpl {
   /// topics, and throws: a library exception as its own class with the entity's context in front of its message. An
   /// exception of another kind passes unchanged; what was created until then is deleted by `finalize`. After a failure
   /// the entity cannot be initialized again. The listener may be null, else it must outlive the reader. `flag` is kept
-  /// for typed front ends; nothing here depends on it. `samples_size` is handed to every read unchanged.
+  /// for typed front ends; nothing here depends on it. `samples_size` is handed to every read unchanged. Not looked at
+  /// is whether the condition for unread samples could be attached to the wait set: without it, waits end by time-out.
   void initialize(const EntityParams& params, RegisterTypeFunction register_writer_type,
                   RegisterTypeFunction register_reader_type, int samples_size, TopicBuilder& topic_builder,
                   DDSDataReaderListener* reader_listener, bool flag, const char* role_name);

@@ -24,7 +24,8 @@ class ZEMTRA_EXPORT RequesterUntypedImpl : public EntityUntypedImpl {
   /// Creates the requester's topics, writer, reader, conditions and index; `register_writer_type` registers the request
   /// type and `register_reader_type` the reply type. `samples_size` and `flag` are those of
   /// `EntityUntypedImpl::initialize`. Throws on any failure; nothing but topics is then left in the participant (and,
-  /// if the reader could not be created, the content-filtered topic).
+  /// if the reader could not be created, the content-filtered topic). Not looked at is whether the writer could be
+  /// asked for its GUID: without it the filter names the automatic GUID and no reply arrives.
   RequesterUntypedImpl(const RequesterParams& params, RegisterTypeFunction register_writer_type,
                        RegisterTypeFunction register_reader_type, int samples_size, bool flag);
   /// All loans must have been given back. Never throws.
