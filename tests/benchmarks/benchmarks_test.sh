@@ -11,21 +11,23 @@ fail() {
   failures=$((failures + 1))
 }
 
-# Checks that a benchmark prints as many lines as it has cases and that none of them allocates.
-expect_no_allocations() {
-  local cases=$1 output
-  shift
+# Checks that a benchmark prints as many lines as it has cases and that none allocates more often than `most` a round trip.
+expect_allocations() {
+  local most=$1 cases=$2 output
+  shift 2
   output=$("$@") || fail "exit code $?: $*"
   printf '%s\n' "$output"
-  [[ $(grep -c '"allocs_per_round_trip":' <<<"$output") -eq $cases ]] || fail "not $cases cases: $*"
-  [[ $(grep -c '"allocs_per_round_trip":0.000000' <<<"$output") -eq $cases ]] || fail "allocations: $*"
+  sed -n 's/.*"allocs_per_round_trip":\([0-9.]*\).*/\1/p' <<<"$output" |
+    awk -v most="$most" -v cases="$cases" '$1 <= most {++good} END {exit good != cases}' ||
+    fail "not $cases cases with at most $most allocations a round trip: $*"
 }
 
+# In one thread there is none at all. With two threads, how many buffers are in use at once depends on how they take turns,
+# and a peak that is reached only now allocates a few: some dozens in a thousand round trips, and never one in each.
 small=(--pin free --rounds 2 --count 500)
-expect_no_allocations 4 "$round_trip" "${small[@]}" --mode blocking,listener --payload 64,65536
-expect_no_allocations 4 "$scaling" "${small[@]}" --load idle,unread --idle 20 --unread 300
-
-# How many buffers the replies of many requests under way need depends on how the threads take turns.
+expect_allocations 0 2 "$round_trip" "${small[@]}" --mode listener --payload 64,65536
+expect_allocations 0.1 2 "$round_trip" "${small[@]}" --mode blocking --payload 64,65536
+expect_allocations 0.1 4 "$scaling" "${small[@]}" --load idle,unread --idle 20 --unread 300
 "$round_trip" "${small[@]}" --mode pipelined --payload 64 || fail 'pipelined'
 
 heap=$("$scaling" --load memory | sed -n 's/.*"idle_heap_bytes":\([0-9]*\).*/\1/p')
