@@ -88,7 +88,7 @@ TEST_F(Profiles, AreNotMadeOfQosThatAWriterWouldBeRefusedWith) {
   qos.durability.kind = DDS_TRANSIENT_DURABILITY_QOS;
   EXPECT_EQ(store_.set_profile_datawriter_qos("Library", "Profile", nullptr, qos), DDS_RETCODE_UNSUPPORTED);
   EXPECT_EQ(log_.take_text(), "unsupported: QoS policy durability: not volatile");
-  EXPECT_EQ(set_writer_depth("Library", "Profile", nullptr, 0), DDS_RETCODE_UNSUPPORTED);
+  EXPECT_EQ(set_writer_depth("Library", "Profile", nullptr, 0), DDS_RETCODE_INCONSISTENT_POLICY);
   EXPECT_EQ(log_.take_text(), "bad parameter: QoS policy history.depth: not positive");
   EXPECT_EQ(writer_depth("Library", "Profile", "T"), -DDS_RETCODE_BAD_PARAMETER) << "nothing came into being";
 }

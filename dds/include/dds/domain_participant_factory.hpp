@@ -16,8 +16,8 @@ class DDS_EXPORT DDSDomainParticipantFactory {
 
   /// Sets the writer QoS that a profile holds for the topic names that match `topic_pattern` (* any characters, ? one);
   /// null stands for all other topics. The library and the profile come into being with their first setting.
-  /// `DDS_RETCODE_UNSUPPORTED` for QoS that a writer would be refused with, `DDS_RETCODE_BAD_PARAMETER` for a null or
-  /// empty library or a null profile.
+  /// `DDS_RETCODE_UNSUPPORTED` or `DDS_RETCODE_INCONSISTENT_POLICY` for QoS that a writer would be refused with,
+  /// `DDS_RETCODE_BAD_PARAMETER` for a null or empty library or a null profile.
   virtual DDS_ReturnCode_t set_profile_datawriter_qos(const char* library, const char* profile,
                                                       const char* topic_pattern, const DDS_DataWriterQos& qos) = 0;
   virtual DDS_ReturnCode_t set_profile_datareader_qos(const char* library, const char* profile,

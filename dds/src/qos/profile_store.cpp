@@ -49,7 +49,8 @@ template <class Qos>
 DDS_ReturnCode_t ProfileStore::set(const char* context, const char* library, const char* profile,
                                    const char* topic_pattern, const Qos& qos, TopicQosMap<Qos> Profile::*settings) {
   if (!names_a_profile(context, library, profile)) { return DDS_RETCODE_BAD_PARAMETER; }
-  if (check(qos, context) != DDS_RETCODE_OK) { return DDS_RETCODE_UNSUPPORTED; }
+  const DDS_ReturnCode_t refused = check(qos, context);
+  if (refused != DDS_RETCODE_OK) { return refused; }
   try {
     Key key(library, profile);
     const std::lock_guard<std::mutex> lock(mutex_);
