@@ -50,6 +50,34 @@ TEST_F(Deletion, OfATopicWaitsForWhatUsesIt) {
   EXPECT_NE(participant.strings("Topic"), nullptr) << "the name is free again";
 }
 
+TEST_F(Deletion, ThatIsRefusedLeavesALogLineThatNamesTheCall) {
+  DDSStringDataReader* reader = make_reader(topic);
+  DDSReadCondition* condition =
+      reader->create_readcondition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
+  EXPECT_EQ(reader->delete_readcondition(condition), DDS_RETCODE_OK);
+  const std::vector<std::pair<const char*, std::function<DDS_ReturnCode_t()>>> refused = {
+      {"delete_topic", [&] { return participant->delete_topic(topic); }},
+      {"delete_datareader", [&] { return other->delete_datareader(reader); }},
+      {"delete_datawriter", [&] { return participant->delete_datawriter(nullptr); }},
+      {"delete_publisher", [&] { return participant->delete_publisher(nullptr); }},
+      {"delete_contentfilteredtopic", [&] { return participant->delete_contentfilteredtopic(nullptr); }},
+      {"delete_participant", [&] { return factory().delete_participant(nullptr); }},
+      {"DDSDataReader::delete_readcondition", [&] { return reader->delete_readcondition(condition); }},
+      {"DDSDataReader::read or take",
+       [&] {
+         DDS_StringSeq data;
+         DDS_SampleInfoSeq infos;
+         return reader->take_w_condition(data, infos, 1, condition);
+       }},
+  };
+  for (const auto& [name, call] : refused) {
+    const LogLines lines;
+    EXPECT_NE(call(), DDS_RETCODE_OK) << name;
+    EXPECT_EQ(lines.all().size(), 1u) << name;
+    EXPECT_EQ(lines.count(std::string(name) + ": "), 1) << name;
+  }
+}
+
 TEST_F(Deletion, OfAReaderWaitsForItsConditions) {
   DDSStringDataReader* reader = make_reader(topic);
   DDSReadCondition* condition =

@@ -177,6 +177,20 @@ TEST_F(Filters, SeeKeyAndValueOfKeyedStrings) {
   for (const Received& sample : received) { EXPECT_EQ(sample.key, "a"); }
 }
 
+TEST_F(Filters, LetTheEndOfAnInstanceReachExactlyTheReadersThatHoldIt) {
+  DDSTopic* keyed_topic = participant.keyed_strings("Keyed");
+  auto* holder = make_reader<DDSKeyedStringDataReader>(participant.filtered("Holder", keyed_topic, "value = '1'"));
+  auto* stranger = make_reader<DDSKeyedStringDataReader>(participant.filtered("Stranger", keyed_topic, "value = '2'"));
+  auto* keyed_writer = make_writer<DDSKeyedStringDataWriter>(keyed_topic);
+  EXPECT_EQ(write(keyed_writer, "a", "1"), DDS_RETCODE_OK);
+  EXPECT_EQ(dispose(keyed_writer, "a"), DDS_RETCODE_OK);
+  const std::vector<Received> held = take_all(holder);
+  ASSERT_EQ(held.size(), 2u);
+  EXPECT_FALSE(held[1].info.valid_data);
+  EXPECT_EQ(held[1].info.instance_state, DDS_NOT_ALIVE_DISPOSED_INSTANCE_STATE);
+  EXPECT_TRUE(take_all(stranger).empty());
+}
+
 TEST_F(Filters, KeepWhatTheyTurnAwayFromTakingRoom) {
   DDSStringDataReader* reader = make_reader(participant.filtered("F", topic, "value = 'mine'"), keep_all_reader(1));
   for (int i = 0; i < 10; ++i) { EXPECT_EQ(write(writer, "not mine"), DDS_RETCODE_OK); }

@@ -32,7 +32,8 @@ class DDSTypedDataWriter : public DDSDataWriter {
 
 /// The typed operations of a reader of `T`, over the untyped ones. The two sequences of a read or take go together.
 /// When both are empty with maximum 0 they receive a loan, to be given back with `return_loan`. When both own room for
-/// at least one sample they receive deep copies, as many as fit at the most. Anything else gives
+/// at least one sample they receive deep copies, as many as fit at the most; when memory for them runs out,
+/// `DDS_RETCODE_OUT_OF_RESOURCES`, and a take has removed the samples all the same. Anything else gives
 /// `DDS_RETCODE_PRECONDITION_NOT_MET`.
 template <class T, class Seq>
 class DDSTypedDataReader : public DDSDataReader {

@@ -12,9 +12,10 @@ ReaderCache::ReaderCache(const DDS_TypePlugin& type, const Limits& limits, bool 
 
 ReaderCache::~ReaderCache() {
   instances_.for_each([](Instance* instance) {
-    while (Entry* entry = instance->samples.front()) {
-      instance->samples.erase(entry);
+    for (Entry* entry = instance->samples.front(); entry != nullptr;) {
+      Entry* const next = SampleList::next(entry);
       delete entry;
+      entry = next;
     }
   });
   while (idle_ != nullptr) {

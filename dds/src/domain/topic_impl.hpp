@@ -4,6 +4,7 @@
 #include <dds/type_plugin.hpp>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "domain/quiet_entity.hpp"
 #include "filter/filter.hpp"
@@ -40,9 +41,13 @@ class TopicImpl final : public QuietEntity<DDSTopic> {
 
 class ContentFilteredTopicImpl final : public DDSContentFilteredTopic {
  public:
-  ContentFilteredTopicImpl(const char* name, TopicImpl& topic, const char* expression, const DDS_StringSeq& parameters,
+  ContentFilteredTopicImpl(const char* name, TopicImpl& topic, const char* expression, DDS_StringSeq parameters,
                            std::unique_ptr<const Filter> filter)
-      : name_(name), topic_(topic), expression_(expression), parameters_(parameters), filter_(std::move(filter)) {}
+      : name_(name),
+        topic_(topic),
+        expression_(expression),
+        parameters_(std::move(parameters)),
+        filter_(std::move(filter)) {}
 
   const char* get_name() override { return name_.c_str(); }
   const char* get_type_name() override { return topic_.get_type_name(); }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "condition/status_counts.hpp"
 #include "log/log.hpp"
@@ -20,11 +21,11 @@ bool is_automatic(const DDS_SampleIdentity_t& identity) {
 
 }  // namespace
 
-WriterCore::WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, const DDS_DataWriterQos& qos)
+WriterCore::WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, DDS_DataWriterQos qos)
     : StatusDispatch(api),
       api_(api),
       type_(type),
-      qos_(qos),
+      qos_(std::move(qos)),
       handle_(next_entity_handle()),
       pool_(new MessagePool(type)),
       mutex_(owner_lock().mutex) {}

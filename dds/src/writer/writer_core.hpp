@@ -18,7 +18,7 @@ namespace dds {
 class WriterCore final : public DDS_DataWriter, public StatusDispatch {
  public:
   /// `api` is the object that the application sees. Throws `std::bad_alloc`.
-  WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, const DDS_DataWriterQos& qos);
+  WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, DDS_DataWriterQos qos);
   ~WriterCore() override;
 
   const DDS_DataWriterQos& qos() const { return qos_; }
