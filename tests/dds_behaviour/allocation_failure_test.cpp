@@ -186,6 +186,16 @@ TEST(AllocationFailure, InAReadWithCopiesLeavesNoLoan) {
       [](World& world, bool) { EXPECT_EQ(remove(world.reader), DDS_RETCODE_OK); });
 }
 
+TEST(AllocationFailure, InTheDeletionOfAllThatAParticipantHoldsDeletesNothing) {
+  fail_each_allocation(
+      "deletion", [](World& world) { return done(world.other->delete_contained_entities()); },
+      [](World& world, bool deleted) {
+        EXPECT_EQ(world.other->lookup_topicdescription("Topic") == nullptr, deleted);
+        EXPECT_EQ(write(world.writer, "b", "after"), DDS_RETCODE_OK);
+        if (!deleted) { EXPECT_EQ(take_values(world.others_reader).back(), "after"); }
+      });
+}
+
 TEST(AllocationFailure, InAWaitSetLosesNoCondition) {
   fail_each_allocation(
       "wait set",
