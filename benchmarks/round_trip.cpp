@@ -27,6 +27,7 @@ struct Case {
 
 Comparison measure_blocking(const Case& c, Placement placement) {
   Service service(0, Answer::in_thread, c.payload, placement);
+  service.requester().fill_pools();
   ThreadFloor floor(1, c.payload, placement);
   return compare([&](long count) { service.run(count); }, [&](long count) { floor.run(count); }, c.rounds, c.count);
 }
@@ -39,6 +40,7 @@ Comparison measure_listener(const Case& c, Placement placement) {
 
 Comparison measure_pipelined(const Case& c, Placement placement) {
   Service service(0, Answer::in_thread, c.payload, placement);
+  service.requester().fill_pools();
   ThreadFloor floor(window, c.payload, placement);
   return compare([&](long count) { service.requester().run_pipelined(count, window); },
                  [&](long count) { floor.run(count); }, c.rounds, c.count);

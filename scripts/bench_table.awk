@@ -55,7 +55,8 @@ value("benchmark") == "scaling" && value("load") != "memory" {
 
 value("load") == "memory" { row("heap of an idle participant, bytes", "", "", value("idle_heap_bytes"), "") }
 
-value("allocs_per_round_trip") != "" {
+# Of the placement that repeats: with a processor for each side, how many buffers are under way at once is chance.
+value("allocs_per_round_trip") != "" && value("pin") == "same" {
   if (value("allocs_per_round_trip") + 0 > most) { most = value("allocs_per_round_trip") + 0 }
   counted = 1
 }

@@ -16,6 +16,9 @@ class Requester {
   void run_listener(long count);
   /// As many as `window` requests under way, whose replies are taken as they come.
   void run_pipelined(long count, long window);
+  /// Lets every pool on the way grow to more than any case needs at once, so that what is counted later is the steady
+  /// state. For a replier with a thread.
+  void fill_pools();
   /// Sends requests and leaves their replies in the reader.
   void leave_unread(long count);
   /// Ends the thread that answers.

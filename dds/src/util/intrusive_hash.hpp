@@ -55,14 +55,19 @@ class IntrusiveHash {
   // nothing; a larger one shrinks late and keeps room, for the same reason.
   static constexpr std::size_t kLargestKept = 4096;
 
-  // Fibonacci hashing: the top bits of the product depend on all bits of the key.
-  std::size_t slot(std::uint64_t key) const { return static_cast<std::size_t>((key * 0x9e3779b97f4a7c15u) >> shift_); }
+  // Keys that follow one another, as sequence numbers do, get slots that follow one another, so that a large table is
+  // walked through rather than jumped about in. The bits above those of a slot move each such run to a place of its
+  // own.
+  std::size_t slot(std::uint64_t key) const {
+    const std::uint64_t run = (key >> bits_) * 0x9e3779b97f4a7c15u;
+    return static_cast<std::size_t>(key + (run >> 32)) & (slots_.size() - 1);
+  }
 
   void resize(std::size_t count) {
     std::vector<T*> fresh(count, nullptr);
     fresh.swap(slots_);
-    shift_ = 64;
-    for (std::size_t n = count; n > 1; n /= 2) { --shift_; }
+    bits_ = 0;
+    for (std::size_t n = count; n > 1; n /= 2) { ++bits_; }
     for (T* element : fresh) {
       while (element != nullptr) {
         T* next = element->*Next;
@@ -81,7 +86,7 @@ class IntrusiveHash {
   }
 
   std::vector<T*> slots_;  // a power of two
-  unsigned shift_ = 64;
+  unsigned bits_ = 0;      // of a slot's number
   std::size_t size_ = 0;
 };
 
