@@ -10,8 +10,8 @@
 
 namespace dds {
 
-/// What a filter looks at, borrowed for the call. `data` is null for a sample without valid data: its string members
-/// are absent, and every comparison on them is false.
+/// What a filter looks at, borrowed for the call. `data` holds at least the key; null stands for no data at all: the
+/// string members are then absent, and every comparison on them is false.
 struct FilterSample {
   const DDS_SampleIdentity_t& identity;
   const DDS_SampleIdentity_t& related_identity;
