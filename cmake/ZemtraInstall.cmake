@@ -2,12 +2,15 @@
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
-foreach(name dds requestreply)
+foreach(name dds requestreply zemtra)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${name}/include/${name} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zemtra)
-  # libzemtra.so finds libzemtra_dds.so beside it, wherever both are moved to.
-  set_target_properties(zemtra_${name} PROPERTIES EXPORT_NAME ${name} INSTALL_RPATH $ORIGIN)
 endforeach()
-install(TARGETS zemtra_dds zemtra_requestreply EXPORT zemtra INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zemtra)
+set_target_properties(zemtra_dds PROPERTIES EXPORT_NAME dds)
+set_target_properties(zemtra_requestreply PROPERTIES EXPORT_NAME requestreply)
+set_target_properties(zemtra_typed PROPERTIES EXPORT_NAME zemtra)
+# Each library finds the others beside it, wherever they are moved to together.
+set_target_properties(zemtra_dds zemtra_requestreply zemtra_typed PROPERTIES INSTALL_RPATH $ORIGIN)
+install(TARGETS zemtra_dds zemtra_requestreply zemtra_typed EXPORT zemtra INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zemtra)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zemtra)
 set(package_version ${PROJECT_BINARY_DIR}/zemtra-config-version.cmake)
