@@ -162,7 +162,7 @@ TEST_F(QosCheck, OnlyAReliableReaderOfABestEffortWriterDoesNotMatch) {
                 matches ? DDS_INVALID_QOS_POLICY_ID : DDS_RELIABILITY_QOS_POLICY_ID);
     }
   }
-  EXPECT_STREQ(dds::policy_name(DDS_RELIABILITY_QOS_POLICY_ID), "reliability");
+  EXPECT_STREQ(DDS_QosPolicyId_get_name(DDS_RELIABILITY_QOS_POLICY_ID), "RELIABILITY");
 }
 
 }  // namespace

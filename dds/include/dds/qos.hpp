@@ -24,7 +24,14 @@ enum DDS_PresentationQosPolicyAccessScopeKind : int {
 };
 
 /// Names a policy in the incompatible-QoS statuses; values of the DDS standard.
-enum DDS_QosPolicyId_t : int { DDS_INVALID_QOS_POLICY_ID = 0, DDS_RELIABILITY_QOS_POLICY_ID = 11 };
+enum DDS_QosPolicyId_t : int {
+  DDS_INVALID_QOS_POLICY_ID = 0,
+  DDS_RELIABILITY_QOS_POLICY_ID = 11,
+  /// The types of the two ends have different names, or are represented differently.
+  DDS_TYPE_CONSISTENCY_ENFORCEMENT_QOS_POLICY_ID = 24
+};
+/// The policy's name in capitals, for people; "INVALID" for what is no policy of the list. Never fails.
+DDS_EXPORT const char* DDS_QosPolicyId_get_name(DDS_QosPolicyId_t policy);
 
 /// Best-effort loses samples rather than wait; reliable blocks the writer while a matched reader is full, at most
 /// `max_blocking_time`. A reliable reader does not match a best-effort writer.

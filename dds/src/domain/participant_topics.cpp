@@ -6,6 +6,7 @@
 #include "domain/participant_impl.hpp"
 #include "log/log.hpp"
 #include "qos/qos_check.hpp"
+#include "types/same_table.hpp"
 
 namespace dds {
 
@@ -34,7 +35,7 @@ DDS_ReturnCode_t ParticipantImpl::register_type(const char* type_name, const DDS
   try {
     const MutexLock lock(mutex_);
     const auto [registered, added] = types_.emplace(type_name, plugin);
-    if (added || std::memcmp(&registered->second, &plugin, sizeof(plugin)) == 0) { return DDS_RETCODE_OK; }
+    if (added || same_table(registered->second, plugin)) { return DDS_RETCODE_OK; }
   } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   DDS_LOG_FAILURE("register_type", QVX_LOG_PRECONDITION_FAILURE_s, "another type is registered as \"%s\"", type_name);
   return DDS_RETCODE_PRECONDITION_NOT_MET;

@@ -7,6 +7,7 @@
 #include "in_process/in_process_endpoints.hpp"
 #include "log/log.hpp"
 #include "qos/qos_check.hpp"
+#include "types/same_table.hpp"
 #include "util/reserve_one.hpp"
 
 namespace dds {
@@ -30,6 +31,24 @@ void erase(std::vector<Endpoint*>& endpoints, Endpoint& endpoint) {
   if (found == endpoints.end()) { return; }
   *found = endpoints.back();
   endpoints.pop_back();
+}
+
+/// Why two ends do not match; no policy when they do.
+struct Mismatch {
+  DDS_QosPolicyId_t policy;
+  const char* reason;  // a static text
+};
+
+// Samples pass from the one end to the other as they lie in memory, so that both must handle them with the same
+// functions.
+Mismatch compare(const InProcessWriter& writer, const InProcessReader& reader) {
+  constexpr DDS_QosPolicyId_t types = DDS_TYPE_CONSISTENCY_ENFORCEMENT_QOS_POLICY_ID;
+  if (writer.type_name() != reader.type_name()) { return {types, "their types have different names"}; }
+  if (!same_table(writer.sink().type(), reader.sink().type())) {
+    return {types, "they represent a type of the same name differently"};
+  }
+  const DDS_QosPolicyId_t policy = incompatible_policy(writer.sink().qos(), reader.sink().qos());
+  return {policy, DDS_QosPolicyId_get_name(policy)};
 }
 
 }  // namespace
@@ -75,18 +94,14 @@ std::shared_ptr<TopicBus> TopicBus::get(DDS_DomainId_t domain, const std::string
 }
 
 void TopicBus::introduce(Introduction& introduction, InProcessWriter& writer, InProcessReader& reader) {
-  if (writer.type_name() != reader.type_name()) {
-    introduction.mismatches.push_back("their types have different names");
-    return;
-  }
-  const DDS_QosPolicyId_t policy = incompatible_policy(writer.sink().qos(), reader.sink().qos());
-  if (policy == DDS_INVALID_QOS_POLICY_ID) {
+  const Mismatch mismatch = compare(writer, reader);
+  if (mismatch.policy == DDS_INVALID_QOS_POLICY_ID) {
     writer.connect(reader, introduction.notifications);
     return;
   }
-  introduction.mismatches.push_back(policy_name(policy));
-  writer.sink().count_incompatible(policy, introduction.notifications);
-  reader.sink().count_incompatible(policy, introduction.notifications);
+  introduction.mismatches.push_back(mismatch.reason);
+  writer.sink().count_incompatible(mismatch.policy, introduction.notifications);
+  reader.sink().count_incompatible(mismatch.policy, introduction.notifications);
 }
 
 void TopicBus::add(InProcessWriter& writer) {

@@ -68,6 +68,18 @@ DDS_EntityNameQosPolicy::~DDS_EntityNameQosPolicy() {
   DDS_String_free(role_name);
 }
 
+const char* DDS_QosPolicyId_get_name(DDS_QosPolicyId_t policy) {
+  switch (policy) {
+    case DDS_RELIABILITY_QOS_POLICY_ID:
+      return "RELIABILITY";
+    case DDS_TYPE_CONSISTENCY_ENFORCEMENT_QOS_POLICY_ID:
+      return "TYPE_CONSISTENCY_ENFORCEMENT";
+    case DDS_INVALID_QOS_POLICY_ID:
+      break;
+  }
+  return "INVALID";
+}
+
 const DDS_DomainParticipantQos DDS_PARTICIPANT_QOS_DEFAULT;
 const DDS_TopicQos DDS_TOPIC_QOS_DEFAULT;
 const DDS_PublisherQos DDS_PUBLISHER_QOS_DEFAULT;

@@ -128,8 +128,4 @@ DDS_QosPolicyId_t incompatible_policy(const DDS_DataWriterQos& offered, const DD
   return promises_less ? DDS_RELIABILITY_QOS_POLICY_ID : DDS_INVALID_QOS_POLICY_ID;
 }
 
-const char* policy_name(DDS_QosPolicyId_t policy) noexcept {
-  return policy == DDS_RELIABILITY_QOS_POLICY_ID ? "reliability" : "none";
-}
-
 }  // namespace dds

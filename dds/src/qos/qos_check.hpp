@@ -18,7 +18,4 @@ DDS_ReturnCode_t check(const DDS_DomainParticipantQos& qos, const char* context)
 /// The policy that keeps two ends from matching; `DDS_INVALID_QOS_POLICY_ID` when they match.
 DDS_QosPolicyId_t incompatible_policy(const DDS_DataWriterQos& offered, const DDS_DataReaderQos& requested) noexcept;
 
-/// For log lines.
-const char* policy_name(DDS_QosPolicyId_t policy) noexcept;
-
 }  // namespace dds

@@ -24,6 +24,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   ~ReaderCore() override;
 
   DDSDataReader& api() const { return api_; }
+  const DDS_TypePlugin& type() const { return type_; }
   const DDS_DataReaderQos& qos() const { return qos_; }
   DDS_InstanceHandle_t handle() const { return handle_; }
 

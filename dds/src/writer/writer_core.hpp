@@ -22,6 +22,7 @@ class WriterCore final : public DDS_DataWriter, public StatusDispatch {
   ~WriterCore() override;
 
   const DDS_DataWriterQos& qos() const { return qos_; }
+  const DDS_TypePlugin& type() const { return type_; }
   DDS_InstanceHandle_t handle() const { return handle_; }
   bool reliable() const { return qos_.reliability.kind == DDS_RELIABLE_RELIABILITY_QOS; }
 
