@@ -48,6 +48,14 @@ class FaultyWriter : public DDSDataWriter {
   DDS_ReturnCode_t get_matched_subscriptions(DDS_InstanceHandleSeq& handles) override {
     return real_.get_matched_subscriptions(handles);
   }
+  DDS_ReturnCode_t get_matched_subscription_data(DDS_SubscriptionBuiltinTopicData& data,
+                                                 DDS_InstanceHandle_t handle) override {
+    return real_.get_matched_subscription_data(data, handle);
+  }
+  DDSMatchCondition* create_match_condition() override { return real_.create_match_condition(); }
+  DDS_ReturnCode_t delete_match_condition(DDSMatchCondition* condition) override {
+    return real_.delete_match_condition(condition);
+  }
   DDS_DataWriter* procedural_handle() override { return real_.procedural_handle(); }
   DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
   DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }

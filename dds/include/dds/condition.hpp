@@ -71,6 +71,19 @@ class DDS_EXPORT DDSReadCondition : public DDSCondition {
   ~DDSReadCondition() override;
 };
 
+/// Becomes true when an other end is matched, unmatched or found incompatible with its writer or reader, and stays true
+/// until `reset`. Each such condition does so on its own: status conditions, listeners and the reading of statuses
+/// neither change it nor notice it. Reset it, look at the matches, then wait for it: nothing is missed. Belongs to its
+/// writer or reader and is deleted through it, which detaches it from every wait set.
+class DDS_EXPORT DDSMatchCondition : public DDSCondition {
+ public:
+  /// Makes it false until the next change.
+  virtual void reset() = 0;
+
+ protected:
+  ~DDSMatchCondition() override;
+};
+
 /// Blocks a thread until one of the attached conditions is true. Serves one waiting thread at a time; everything else
 /// may be called by any thread, also while one waits, and so may conditions be created, changed and deleted meanwhile:
 /// nothing is missed.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <dds/builtin_topic_data.hpp>
 #include <dds/entity.hpp>
 #include <dds/sample_info.hpp>
 #include <dds/status.hpp>
@@ -57,6 +58,16 @@ class DDS_EXPORT DDSDataReader : public DDSEntity {
   virtual DDS_ReturnCode_t get_sample_rejected_status(DDS_SampleRejectedStatus& status) = 0;
   virtual DDS_ReturnCode_t get_subscription_matched_status(DDS_SubscriptionMatchedStatus& status) = 0;
   virtual DDS_ReturnCode_t get_matched_publications(DDS_InstanceHandleSeq& handles) = 0;
+  /// Copies what the matched writer tells of itself. `DDS_RETCODE_BAD_PARAMETER`, without a log line, for a handle that
+  /// is not or no longer among the matched ones; `DDS_RETCODE_OUT_OF_RESOURCES`. Then `data` is unchanged.
+  virtual DDS_ReturnCode_t get_matched_publication_data(DDS_PublicationBuiltinTopicData& data,
+                                                        DDS_InstanceHandle_t handle) = 0;
+  /// A condition on the reader's matches, false at first and owned by the reader, which cannot be deleted as long as it
+  /// has one; null, and a log line, when memory is exhausted.
+  virtual DDSMatchCondition* create_match_condition() = 0;
+  /// Deletes a condition of this reader and detaches it from every wait set; `DDS_RETCODE_PRECONDITION_NOT_MET` for
+  /// another's.
+  virtual DDS_ReturnCode_t delete_match_condition(DDSMatchCondition* condition) = 0;
 
   /// For the untyped procedural calls.
   virtual DDS_DataReader* procedural_handle() = 0;

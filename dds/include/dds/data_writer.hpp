@@ -1,5 +1,6 @@
 #pragma once
 
+#include <dds/builtin_topic_data.hpp>
 #include <dds/entity.hpp>
 #include <dds/status.hpp>
 #include <dds/write_params.hpp>
@@ -39,6 +40,16 @@ class DDS_EXPORT DDSDataWriter : public DDSEntity {
   virtual DDS_ReturnCode_t get_offered_incompatible_qos_status(DDS_OfferedIncompatibleQosStatus& status) = 0;
   virtual DDS_ReturnCode_t get_publication_matched_status(DDS_PublicationMatchedStatus& status) = 0;
   virtual DDS_ReturnCode_t get_matched_subscriptions(DDS_InstanceHandleSeq& handles) = 0;
+  /// Copies what the matched reader tells of itself. `DDS_RETCODE_BAD_PARAMETER`, without a log line, for a handle that
+  /// is not or no longer among the matched ones; `DDS_RETCODE_OUT_OF_RESOURCES`. Then `data` is unchanged.
+  virtual DDS_ReturnCode_t get_matched_subscription_data(DDS_SubscriptionBuiltinTopicData& data,
+                                                         DDS_InstanceHandle_t handle) = 0;
+  /// A condition on the writer's matches, false at first and owned by the writer, which cannot be deleted as long as it
+  /// has one; null, and a log line, when memory is exhausted.
+  virtual DDSMatchCondition* create_match_condition() = 0;
+  /// Deletes a condition of this writer and detaches it from every wait set; `DDS_RETCODE_PRECONDITION_NOT_MET` for
+  /// another's.
+  virtual DDS_ReturnCode_t delete_match_condition(DDSMatchCondition* condition) = 0;
 
   /// For the untyped procedural calls.
   virtual DDS_DataWriter* procedural_handle() = 0;

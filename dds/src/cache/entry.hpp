@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "cache/message.hpp"
+#include "transport/endpoint_data.hpp"
 #include "util/intrusive_list.hpp"
 
 namespace dds {
@@ -30,6 +31,7 @@ StateMask state_mask(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_s
 /// A matched writer as one reader sees it.
 struct RemoteWriter {
   DDS_InstanceHandle_t handle = DDS_HANDLE_NIL;
+  PublicationData data;
   bool reliable = false;           // both ends are
   bool registered = false;         // writes the only instance of a type without key
   std::uint32_t space_ticket = 0;  // for the wait after this writer found the reader full

@@ -57,22 +57,39 @@ DDSDataWriter* PublisherImpl::create(TopicImpl& topic, const DDS_DataWriterQos& 
 }
 
 DDS_ReturnCode_t PublisherImpl::delete_datawriter(DDSDataWriter* writer) {
-  return DDS_LOG_REFUSAL("delete_datawriter", try_delete(writer), "not a writer of this publisher, or in its listener");
+  return DDS_LOG_REFUSAL("delete_datawriter", try_delete(writer),
+                         "not a writer of this publisher, with match conditions, or in its listener");
 }
 
+WriterEntity* PublisherImpl::claim(DDSDataWriter* writer) {
+  const MutexLock lock(mutex_);
+  const auto found = writers_.find(writer);
+  if (found == writers_.end()) { return nullptr; }
+  WriterEntity& entity = *found->second;
+  if (entity.being_deleted || entity.core().in_listener()) { return nullptr; }
+  entity.being_deleted = true;
+  return &entity;
+}
+
+// A listener that is running may make a condition or delete one. So it comes to rest before they are looked at.
 DDS_ReturnCode_t PublisherImpl::try_delete(DDSDataWriter* writer) {
   if (writer == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
-  std::unique_ptr<WriterEntity> deleted;
-  {
+  WriterEntity* const entity = claim(writer);
+  if (entity == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
+  const DDS_StatusMask told = entity->core().silence();
+  if (!entity->core().is_free()) {
+    entity->core().resume(told);
     const MutexLock lock(mutex_);
-    const auto found = writers_.find(writer);
-    if (found == writers_.end() || found->second->core().in_listener()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-    deleted = std::move(found->second);
-    writers_.erase(found);
+    entity->being_deleted = false;
+    return DDS_RETCODE_PRECONDITION_NOT_MET;
   }
-  deleted->core().silence();
-  deleted->core().withdraw();
-  participant_.release(deleted->topic());
+  entity->core().withdraw();
+  participant_.release(entity->topic());
+  std::unique_ptr<WriterEntity> deleted;
+  const MutexLock lock(mutex_);
+  const auto found = writers_.find(writer);
+  deleted = std::move(found->second);
+  writers_.erase(found);
   return DDS_RETCODE_OK;
 }
 
@@ -88,6 +105,7 @@ DDS_ReturnCode_t PublisherImpl::delete_all() {
       const MutexLock lock(mutex_);
       if (writers_.empty()) { return DDS_RETCODE_OK; }
       writer = writers_.begin()->first;
+      writers_.begin()->second->core().match_conditions().remove_all();
     }
     const DDS_ReturnCode_t retcode = delete_datawriter(writer);
     if (retcode != DDS_RETCODE_OK) { return retcode; }

@@ -117,7 +117,7 @@ DDS_ReturnCode_t SubscriberImpl::delete_all() {
       const MutexLock lock(mutex_);
       if (readers_.empty()) { return DDS_RETCODE_OK; }
       reader = readers_.begin()->first;
-      readers_.begin()->second->core().delete_all_readconditions();
+      readers_.begin()->second->core().delete_all_conditions();
     }
     const DDS_ReturnCode_t retcode = delete_datareader(reader);
     if (retcode != DDS_RETCODE_OK) { return retcode; }

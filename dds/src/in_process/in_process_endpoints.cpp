@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "util/entity_ids.hpp"
 #include "util/reserve_one.hpp"
 
 namespace dds {
@@ -16,7 +15,7 @@ InProcessReader::InProcessReader(const TopicKey& key, ReaderCore& sink, const Fi
 InProcessReader::~InProcessReader() { bus_->remove(*this); }
 
 InProcessWriter::InProcessWriter(const TopicKey& key, WriterCore& sink)
-    : key_(key), sink_(sink), guid_(make_guid(sink.handle())), bus_(TopicBus::get(key.domain, key.topic_name)) {}
+    : key_(key), sink_(sink), guid_(sink.guid()), bus_(TopicBus::get(key.domain, key.topic_name)) {}
 
 InProcessWriter::~InProcessWriter() { bus_->remove(*this); }
 
@@ -43,11 +42,11 @@ void InProcessWriter::connect(InProcessReader& reader, Notifications& notificati
     reserve_one(targets_, route_count_);
     std::vector<Route>& routes = related == nullptr ? other_routes_ : routes_by_related_writer_[*related];
     reserve_one(routes, routes.size());
-    RemoteWriter* self = sink.add_writer(sink_.handle(), sink_.reliable(), notifications);
+    RemoteWriter* self = sink.add_writer(sink_.handle(), sink_.data(), sink_.reliable(), notifications);
     routes.push_back({&sink, self, related == nullptr ? reader.filter() : nullptr});
     ++route_count_;
   }
-  sink_.add_reader(sink.handle(), notifications);
+  sink_.add_reader(sink.handle(), sink.data(), notifications);
 }
 
 RemoteWriter* InProcessWriter::remove_route(const InProcessReader& reader) {

@@ -46,7 +46,6 @@ class InProcessWriter final : public TransportWriter {
   const std::string& type_name() const { return key_.type_name; }
 
   void announce() override { bus_->add(*this); }
-  const DDS_GUID_t& guid() const override { return guid_; }
   DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) override
       DDS_EXCLUDES(mutex_);
 

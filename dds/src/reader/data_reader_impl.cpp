@@ -7,6 +7,21 @@
 
 namespace dds {
 
+namespace {
+
+const DDS_GUID_t* related_writer(const ReaderTopic& topic) {
+  return topic.filtered == nullptr ? nullptr : topic.filtered->filter()->related_writer();
+}
+
+}  // namespace
+
+template <class Api>
+DataReaderImpl<Api>::DataReaderImpl(DDSSubscriber& subscriber, const ReaderTopic& topic, const DDS_DataReaderQos& qos)
+    : subscriber_(subscriber),
+      topic_(topic),
+      core_(*this, topic.topic->type(), topic.topic->get_participant()->get_instance_handle(), related_writer(topic),
+            qos) {}
+
 template <class Api>
 DDSTopicDescription* DataReaderImpl<Api>::get_topicdescription() {
   if (topic_.filtered != nullptr) { return topic_.filtered; }
@@ -15,20 +30,19 @@ DDSTopicDescription* DataReaderImpl<Api>::get_topicdescription() {
 
 std::unique_ptr<ReaderEntity> make_reader(DDSSubscriber& subscriber, const ReaderTopic& topic,
                                           const DDS_DataReaderQos& qos) {
-  const DDS_TypePlugin& type = topic.topic->type();
-  switch (builtin_kind(type)) {
+  switch (builtin_kind(topic.topic->type())) {
     case BuiltinKind::string:
-      return std::make_unique<DataReaderImpl<DDSStringDataReader>>(subscriber, topic, type, qos);
+      return std::make_unique<DataReaderImpl<DDSStringDataReader>>(subscriber, topic, qos);
     case BuiltinKind::keyed_string:
-      return std::make_unique<DataReaderImpl<DDSKeyedStringDataReader>>(subscriber, topic, type, qos);
+      return std::make_unique<DataReaderImpl<DDSKeyedStringDataReader>>(subscriber, topic, qos);
     case BuiltinKind::octets:
-      return std::make_unique<DataReaderImpl<DDSOctetsDataReader>>(subscriber, topic, type, qos);
+      return std::make_unique<DataReaderImpl<DDSOctetsDataReader>>(subscriber, topic, qos);
     case BuiltinKind::keyed_octets:
-      return std::make_unique<DataReaderImpl<DDSKeyedOctetsDataReader>>(subscriber, topic, type, qos);
+      return std::make_unique<DataReaderImpl<DDSKeyedOctetsDataReader>>(subscriber, topic, qos);
     case BuiltinKind::none:
       break;
   }
-  return std::make_unique<DataReaderImpl<DDSDataReader>>(subscriber, topic, type, qos);
+  return std::make_unique<DataReaderImpl<DDSDataReader>>(subscriber, topic, qos);
 }
 
 }  // namespace dds

@@ -33,9 +33,7 @@ class ReaderEntity {
 template <class Api>
 class DataReaderImpl final : public Api, public ReaderEntity {
  public:
-  DataReaderImpl(DDSSubscriber& subscriber, const ReaderTopic& topic, const DDS_TypePlugin& type,
-                 const DDS_DataReaderQos& qos)
-      : subscriber_(subscriber), topic_(topic), core_(*this, type, qos) {}
+  DataReaderImpl(DDSSubscriber& subscriber, const ReaderTopic& topic, const DDS_DataReaderQos& qos);
 
   ReaderCore& core() override { return core_; }
   DDSDataReader& api() override { return *this; }
@@ -92,6 +90,14 @@ class DataReaderImpl final : public Api, public ReaderEntity {
   }
   DDS_ReturnCode_t get_matched_publications(DDS_InstanceHandleSeq& handles) override {
     return core_.get_matched_publications(handles);
+  }
+  DDS_ReturnCode_t get_matched_publication_data(DDS_PublicationBuiltinTopicData& data,
+                                                DDS_InstanceHandle_t handle) override {
+    return core_.get_matched_publication_data(data, handle);
+  }
+  DDSMatchCondition* create_match_condition() override { return core_.match_conditions().create(); }
+  DDS_ReturnCode_t delete_match_condition(DDSMatchCondition* condition) override {
+    return core_.match_conditions().remove(condition);
   }
   DDS_DataReader* procedural_handle() override { return &core_; }
 

@@ -2,19 +2,23 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "condition/status_counts.hpp"
 #include "reader/reader_core.hpp"
 
 namespace dds {
 
-RemoteWriter* ReaderCore::add_writer(DDS_InstanceHandle_t handle, bool reliable, Notifications& notifications) {
+RemoteWriter* ReaderCore::add_writer(DDS_InstanceHandle_t handle, PublicationData data, bool reliable,
+                                     Notifications& notifications) {
   auto writer = std::make_unique<RemoteWriter>();
   writer->handle = handle;
+  writer->data = std::move(data);
   writer->reliable = reliable && qos_.reliability.kind == DDS_RELIABLE_RELIABILITY_QOS;
   const MutexLock lock(mutex_);
   writers_.push_back(writer.get());
   count_match(matched_, &DDS_SubscriptionMatchedStatus::last_publication_handle, handle);
+  match_conditions_.raise(notifications);
   raise(DDS_SUBSCRIPTION_MATCHED_STATUS, notifications);
   return writer.release();
 }
@@ -24,6 +28,7 @@ void ReaderCore::remove_writer(RemoteWriter* writer, Notifications& notification
   const MutexLock lock(mutex_);
   writers_.erase(std::find(writers_.begin(), writers_.end(), writer));
   count_unmatch(matched_, &DDS_SubscriptionMatchedStatus::last_publication_handle, writer->handle);
+  match_conditions_.raise(notifications);
   if (cache_.remove_writer(*writer, notifications)) { raise(DDS_DATA_AVAILABLE_STATUS, notifications); }
   raise(DDS_SUBSCRIPTION_MATCHED_STATUS, notifications);
   if (bounded_) { space_.notify(); }  // its instances may have gone with it

@@ -37,15 +37,18 @@ bool wants_no_writers_sample(const DDS_PropertyQosPolicy& properties) {
 
 DDSDataReader* ReadConditionImpl::get_datareader() { return &reader_.api(); }
 
-ReaderCore::ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, const DDS_DataReaderQos& qos)
+ReaderCore::ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, DDS_InstanceHandle_t participant,
+                       const DDS_GUID_t* related_writer, const DDS_DataReaderQos& qos)
     : StatusDispatch(api),
       api_(api),
       type_(type),
       qos_(qos),
       handle_(next_entity_handle()),
+      data_(describe(handle_, participant, qos, related_writer)),
       bounded_(is_bounded(qos.resource_limits)),
       mutex_(owner_lock().mutex),
-      cache_(type, limits(qos), wants_no_writers_sample(qos.property)) {}
+      cache_(type, limits(qos), wants_no_writers_sample(qos.property)),
+      match_conditions_(owner_lock()) {}
 
 ReaderCore::~ReaderCore() {
   while (idle_conditions_ != nullptr) {
@@ -143,7 +146,8 @@ DDS_ReturnCode_t ReaderCore::try_delete(DDSReadCondition* condition) {
   return DDS_RETCODE_OK;
 }
 
-void ReaderCore::delete_all_readconditions() {
+void ReaderCore::delete_all_conditions() {
+  match_conditions_.remove_all();
   const MutexLock lock(mutex_);
   while (!conditions_.empty()) { drop_condition(conditions_.front()); }
 }
@@ -255,7 +259,7 @@ DDS_InstanceHandle_t ReaderCore::lookup_instance(const void* data) {
 
 bool ReaderCore::is_free() {
   const MutexLock lock(mutex_);
-  return conditions_.empty() && cache_.loans().outstanding() == 0;
+  return conditions_.empty() && match_conditions_.empty() && cache_.loans().outstanding() == 0;
 }
 
 }  // namespace dds

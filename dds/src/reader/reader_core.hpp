@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cache/reader_cache.hpp"
+#include "condition/match_conditions.hpp"
 #include "condition/status_dispatch.hpp"
 #include "reader/read_condition.hpp"
 #include "util/futex.hpp"
@@ -19,14 +20,17 @@ namespace dds {
 /// sink into which a transport delivers.
 class ReaderCore final : public DDS_DataReader, public StatusDispatch {
  public:
-  /// `api` is the object that the application sees. Throws `std::bad_alloc`.
-  ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, const DDS_DataReaderQos& qos);
+  /// `api` is the object that the application sees; `related_writer` is the one whose answers are all that the reader
+  /// wants, or null. Throws `std::bad_alloc`.
+  ReaderCore(DDSDataReader& api, const DDS_TypePlugin& type, DDS_InstanceHandle_t participant,
+             const DDS_GUID_t* related_writer, const DDS_DataReaderQos& qos);
   ~ReaderCore() override;
 
   DDSDataReader& api() const { return api_; }
   const DDS_TypePlugin& type() const { return type_; }
   const DDS_DataReaderQos& qos() const { return qos_; }
   DDS_InstanceHandle_t handle() const { return handle_; }
+  const SubscriptionData& data() const { return data_; }
 
   // For transports. A writer that is matched is added first and removed last; it delivers one sample after the other.
 
@@ -37,15 +41,15 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
     DDS_InstanceHandle_t instance = DDS_HANDLE_NIL;  // of a sample that is dropped, if the reader knows it
   };
   /// Throws `std::bad_alloc`.
-  RemoteWriter* add_writer(DDS_InstanceHandle_t handle, bool reliable, Notifications& notifications)
-      DDS_EXCLUDES(mutex_);
+  RemoteWriter* add_writer(DDS_InstanceHandle_t handle, PublicationData data, bool reliable,
+                           Notifications& notifications) DDS_EXCLUDES(mutex_);
   void remove_writer(RemoteWriter* writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) DDS_EXCLUDES(mutex_);
   /// Takes a sample in, and with it the caller's reference. A reliable sample that finds the reader full is not counted
   /// as dropped: `full`, and the caller must follow with `wait_for_space`.
   Admission deliver(RefPtr<Message>& message, RemoteWriter& writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
   /// The same in two steps: a place for the sample, which is then either committed or cancelled. A sample that is
-  /// `dropped` is committed too, and counted then.
+  /// `dropped`, for want of room or because the reader does not want it, is committed too, and counted then.
   Admission reserve(RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation) DDS_EXCLUDES(mutex_);
   void commit(const Reservation& reservation, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void cancel(const Reservation& reservation) DDS_EXCLUDES(mutex_);
@@ -66,7 +70,9 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
                                            DDS_InstanceStateMask instance_states, const char* index_name,
                                            const DDS_SampleInfo& key) DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t delete_readcondition(DDSReadCondition* condition) DDS_EXCLUDES(mutex_);
-  void delete_all_readconditions() DDS_EXCLUDES(mutex_);
+  /// The match conditions as well.
+  void delete_all_conditions() DDS_EXCLUDES(mutex_);
+  MatchConditions& match_conditions() { return match_conditions_; }
 
   /// `condition` is null when `states` is to be used.
   DDS_ReturnCode_t read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples, StateMask states,
@@ -82,6 +88,8 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   DDS_ReturnCode_t get_status(DDS_SampleRejectedStatus& status) DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t get_status(DDS_SubscriptionMatchedStatus& status) DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t get_matched_publications(DDS_InstanceHandleSeq& handles) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t get_matched_publication_data(DDS_PublicationBuiltinTopicData& data, DDS_InstanceHandle_t handle)
+      DDS_EXCLUDES(mutex_);
   /// Whether the reader may be deleted: it has no loan outstanding and no condition.
   bool is_free() DDS_EXCLUDES(mutex_);
 
@@ -110,6 +118,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   const DDS_TypePlugin type_;
   const DDS_DataReaderQos qos_;
   const DDS_InstanceHandle_t handle_;
+  const SubscriptionData data_;
   const bool bounded_;  // has limits, so that writers may have to wait
 
   Mutex& mutex_;  // the owner lock of the base
@@ -117,6 +126,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   std::vector<std::string> index_names_ DDS_GUARDED_BY(mutex_);
   std::vector<RemoteWriter*> writers_ DDS_GUARDED_BY(mutex_);
   IntrusiveList<ReadConditionImpl, &ReadConditionImpl::in_reader> conditions_ DDS_GUARDED_BY(mutex_);
+  MatchConditions match_conditions_;  // its own guard, with the same lock
   ReadConditionImpl* idle_conditions_ DDS_GUARDED_BY(mutex_) = nullptr;
   std::size_t idle_condition_count_ DDS_GUARDED_BY(mutex_) = 0;
 

@@ -8,6 +8,7 @@ namespace dds {
 void ReaderCore::count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) {
   const MutexLock lock(mutex_);
   count_policy(incompatible_, policy);
+  match_conditions_.raise(notifications);
   raise(DDS_REQUESTED_INCOMPATIBLE_QOS_STATUS, notifications);
 }
 
@@ -44,6 +45,18 @@ DDS_ReturnCode_t ReaderCore::get_matched_publications(DDS_InstanceHandleSeq& han
   if (!handles.ensure_length(count, count)) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   for (int i = 0; i < count; ++i) { handles[i] = writers_[static_cast<std::size_t>(i)]->handle; }
   return DDS_RETCODE_OK;
+}
+
+DDS_ReturnCode_t ReaderCore::get_matched_publication_data(DDS_PublicationBuiltinTopicData& data,
+                                                          DDS_InstanceHandle_t handle) {
+  PublicationData found;
+  {
+    const MutexLock lock(mutex_);
+    for (const RemoteWriter* writer : writers_) {
+      if (writer->handle == handle) { found = writer->data; }
+    }
+  }
+  return found == nullptr ? DDS_RETCODE_BAD_PARAMETER : copy_out(data, *found);
 }
 
 DDS_ReturnCode_t ReaderCore::set_listener(DDSDataReaderListener* listener, DDS_StatusMask mask) {

@@ -27,11 +27,10 @@ class TransportWriter {
   /// Makes the writer known: it is matched with the readers that are there, and both ends are told. Once. Throws
   /// `std::bad_alloc`.
   virtual void announce() = 0;
-  /// Stamps the writer's samples.
-  virtual const DDS_GUID_t& guid() const = 0;
-  /// Gives the message the next identity and delivers it to every matched reader whose filter admits it, or to none:
-  /// `DDS_RETCODE_TIMEOUT` when a reader had no room until the deadline, `DDS_RETCODE_OUT_OF_RESOURCES`. On success
-  /// `assigned` has the identity before any reader has the sample; on failure it is automatic. Thread-safe.
+  /// Gives the message the next identity, with the GUID of the sink, and delivers it to every matched reader whose
+  /// filter admits it, or to none: `DDS_RETCODE_TIMEOUT` when a reader had no room until the deadline,
+  /// `DDS_RETCODE_OUT_OF_RESOURCES`. On success `assigned` has the identity before any reader has the sample; on
+  /// failure it is automatic. Thread-safe.
   virtual DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) = 0;
 };
 

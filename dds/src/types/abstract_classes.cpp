@@ -5,6 +5,7 @@
 DDSCondition::~DDSCondition() = default;
 DDSStatusCondition::~DDSStatusCondition() = default;
 DDSReadCondition::~DDSReadCondition() = default;
+DDSMatchCondition::~DDSMatchCondition() = default;
 DDSEntity::~DDSEntity() = default;
 DDSTopicDescription::~DDSTopicDescription() = default;
 DDSTopic::~DDSTopic() = default;

@@ -8,25 +8,30 @@
 namespace dds {
 
 template <class Api>
+DataWriterImpl<Api>::DataWriterImpl(DDSPublisher& publisher, TopicImpl& topic, const DDS_DataWriterQos& qos)
+    : publisher_(publisher),
+      topic_(topic),
+      core_(*this, topic.type(), topic.get_participant()->get_instance_handle(), qos) {}
+
+template <class Api>
 DDSTopic* DataWriterImpl<Api>::get_topic() {
   return &topic_;
 }
 
 std::unique_ptr<WriterEntity> make_writer(DDSPublisher& publisher, TopicImpl& topic, const DDS_DataWriterQos& qos) {
-  const DDS_TypePlugin& type = topic.type();
-  switch (builtin_kind(type)) {
+  switch (builtin_kind(topic.type())) {
     case BuiltinKind::string:
-      return std::make_unique<DataWriterImpl<DDSStringDataWriter>>(publisher, topic, type, qos);
+      return std::make_unique<DataWriterImpl<DDSStringDataWriter>>(publisher, topic, qos);
     case BuiltinKind::keyed_string:
-      return std::make_unique<DataWriterImpl<DDSKeyedStringDataWriter>>(publisher, topic, type, qos);
+      return std::make_unique<DataWriterImpl<DDSKeyedStringDataWriter>>(publisher, topic, qos);
     case BuiltinKind::octets:
-      return std::make_unique<DataWriterImpl<DDSOctetsDataWriter>>(publisher, topic, type, qos);
+      return std::make_unique<DataWriterImpl<DDSOctetsDataWriter>>(publisher, topic, qos);
     case BuiltinKind::keyed_octets:
-      return std::make_unique<DataWriterImpl<DDSKeyedOctetsDataWriter>>(publisher, topic, type, qos);
+      return std::make_unique<DataWriterImpl<DDSKeyedOctetsDataWriter>>(publisher, topic, qos);
     case BuiltinKind::none:
       break;
   }
-  return std::make_unique<DataWriterImpl<DDSDataWriter>>(publisher, topic, type, qos);
+  return std::make_unique<DataWriterImpl<DDSDataWriter>>(publisher, topic, qos);
 }
 
 }  // namespace dds

@@ -16,14 +16,15 @@ class WriterEntity {
   virtual WriterCore& core() = 0;
   virtual DDSDataWriter& api() = 0;
   virtual TopicImpl& topic() = 0;
+
+  bool being_deleted = false;  // under the publisher's lock
 };
 
 /// The API of a data writer; `Api` is the typed class that the application may narrow to, or `DDSDataWriter`.
 template <class Api>
 class DataWriterImpl final : public Api, public WriterEntity {
  public:
-  DataWriterImpl(DDSPublisher& publisher, TopicImpl& topic, const DDS_TypePlugin& type, const DDS_DataWriterQos& qos)
-      : publisher_(publisher), topic_(topic), core_(*this, type, qos) {}
+  DataWriterImpl(DDSPublisher& publisher, TopicImpl& topic, const DDS_DataWriterQos& qos);
 
   WriterCore& core() override { return core_; }
   DDSDataWriter& api() override { return *this; }
@@ -62,6 +63,14 @@ class DataWriterImpl final : public Api, public WriterEntity {
   }
   DDS_ReturnCode_t get_matched_subscriptions(DDS_InstanceHandleSeq& handles) override {
     return core_.get_matched_subscriptions(handles);
+  }
+  DDS_ReturnCode_t get_matched_subscription_data(DDS_SubscriptionBuiltinTopicData& data,
+                                                 DDS_InstanceHandle_t handle) override {
+    return core_.get_matched_subscription_data(data, handle);
+  }
+  DDSMatchCondition* create_match_condition() override { return core_.match_conditions().create(); }
+  DDS_ReturnCode_t delete_match_condition(DDSMatchCondition* condition) override {
+    return core_.match_conditions().remove(condition);
   }
   DDS_DataWriter* procedural_handle() override { return &core_; }
 

@@ -21,14 +21,17 @@ bool is_automatic(const DDS_SampleIdentity_t& identity) {
 
 }  // namespace
 
-WriterCore::WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, DDS_DataWriterQos qos)
+WriterCore::WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, DDS_InstanceHandle_t participant,
+                       DDS_DataWriterQos qos)
     : StatusDispatch(api),
       api_(api),
       type_(type),
       qos_(std::move(qos)),
       handle_(next_entity_handle()),
+      data_(describe(handle_, participant, qos_)),
       pool_(new MessagePool(type)),
-      mutex_(owner_lock().mutex) {}
+      mutex_(owner_lock().mutex),
+      match_conditions_(owner_lock()) {}
 
 WriterCore::~WriterCore() { pool_->close(); }
 
@@ -94,25 +97,29 @@ DDS_InstanceHandle_t WriterCore::lookup_instance(const void* data) const {
   } catch (const std::bad_alloc&) { return DDS_HANDLE_NIL; }
 }
 
-void WriterCore::add_reader(DDS_InstanceHandle_t handle, Notifications& notifications) {
+void WriterCore::add_reader(DDS_InstanceHandle_t handle, SubscriptionData data, Notifications& notifications) {
   const MutexLock lock(mutex_);
-  readers_.push_back(handle);
+  readers_.push_back({handle, std::move(data)});
   count_match(matched_, &DDS_PublicationMatchedStatus::last_subscription_handle, handle);
+  match_conditions_.raise(notifications);
   raise(DDS_PUBLICATION_MATCHED_STATUS, notifications);
 }
 
 void WriterCore::remove_reader(DDS_InstanceHandle_t handle, Notifications& notifications) {
   const MutexLock lock(mutex_);
-  const auto found = std::find(readers_.begin(), readers_.end(), handle);
+  const auto found =
+      std::find_if(readers_.begin(), readers_.end(), [=](const MatchedReader& r) { return r.handle == handle; });
   if (found == readers_.end()) { return; }  // memory was exhausted when it was to be added
   readers_.erase(found);
   count_unmatch(matched_, &DDS_PublicationMatchedStatus::last_subscription_handle, handle);
+  match_conditions_.raise(notifications);
   raise(DDS_PUBLICATION_MATCHED_STATUS, notifications);
 }
 
 void WriterCore::count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) {
   const MutexLock lock(mutex_);
   count_policy(incompatible_, policy);
+  match_conditions_.raise(notifications);
   raise(DDS_OFFERED_INCOMPATIBLE_QOS_STATUS, notifications);
 }
 
@@ -142,8 +149,25 @@ DDS_ReturnCode_t WriterCore::get_matched_subscriptions(DDS_InstanceHandleSeq& ha
   const MutexLock lock(mutex_);
   const int count = static_cast<int>(readers_.size());
   if (!handles.ensure_length(count, count)) { return DDS_RETCODE_OUT_OF_RESOURCES; }
-  for (int i = 0; i < count; ++i) { handles[i] = readers_[static_cast<std::size_t>(i)]; }
+  for (int i = 0; i < count; ++i) { handles[i] = readers_[static_cast<std::size_t>(i)].handle; }
   return DDS_RETCODE_OK;
+}
+
+DDS_ReturnCode_t WriterCore::get_matched_subscription_data(DDS_SubscriptionBuiltinTopicData& data,
+                                                           DDS_InstanceHandle_t handle) {
+  SubscriptionData found;
+  {
+    const MutexLock lock(mutex_);
+    for (const MatchedReader& reader : readers_) {
+      if (reader.handle == handle) { found = reader.data; }
+    }
+  }
+  return found == nullptr ? DDS_RETCODE_BAD_PARAMETER : copy_out(data, *found);
+}
+
+bool WriterCore::is_free() {
+  const MutexLock lock(mutex_);
+  return match_conditions_.empty();
 }
 
 DDS_ReturnCode_t WriterCore::set_listener(DDSDataWriterListener* listener, DDS_StatusMask mask) {
