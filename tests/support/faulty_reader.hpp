@@ -88,6 +88,12 @@ class FaultyReader : public DDSDataReader {
   DDS_ReturnCode_t delete_match_condition(DDSMatchCondition* condition) override {
     return real_.delete_match_condition(condition);
   }
+  DDS_ReturnCode_t discard_index_key(const char* index_name, const DDS_SampleInfo& key) override {
+    return real_.discard_index_key(index_name, key);
+  }
+  DDS_ReturnCode_t get_discarded_sample_count(DDS_LongLong& count) override {
+    return real_.get_discarded_sample_count(count);
+  }
   DDS_DataReader* procedural_handle() override { return real_.procedural_handle(); }
   DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
   DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }

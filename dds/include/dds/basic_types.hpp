@@ -7,6 +7,7 @@
 using DDS_Boolean = bool;
 using DDS_Long = std::int32_t;
 using DDS_UnsignedLong = std::uint32_t;
+using DDS_LongLong = std::int64_t;
 using DDS_Octet = unsigned char;
 using DDS_DomainId_t = std::int32_t;
 

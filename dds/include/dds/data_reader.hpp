@@ -36,6 +36,15 @@ class DDS_EXPORT DDSDataReader : public DDSEntity {
   /// Deletes a condition of this reader and detaches it from every wait set; `DDS_RETCODE_PRECONDITION_NOT_MET` for
   /// another's.
   virtual DDS_ReturnCode_t delete_readcondition(DDSReadCondition* condition) = 0;
+  /// From now on, and for ever, the reader wants no samples whose related identity has the sequence number of `key`.
+  /// Those that it holds are removed; loans stay as they are. Those that arrive later are dropped before they take
+  /// room, so that they keep no writer waiting, and change no status and no condition; what they tell of the end of an
+  /// instance that the reader knows still takes effect. Remembering keys takes memory for each run of consecutive ones,
+  /// not for each one. `DDS_RETCODE_BAD_PARAMETER` for an unknown index, `DDS_RETCODE_OUT_OF_RESOURCES` when memory is
+  /// exhausted, nothing having changed.
+  virtual DDS_ReturnCode_t discard_index_key(const char* index_name, const DDS_SampleInfo& key) = 0;
+  /// How many samples have been removed or dropped because of their discarded keys.
+  virtual DDS_ReturnCode_t get_discarded_sample_count(DDS_LongLong& count) = 0;
 
   /// Reads (leaves in the reader) or takes (removes) up to `max_samples` samples of the given states, without copying:
   /// on success `*data` points to an array of

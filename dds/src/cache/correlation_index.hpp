@@ -17,6 +17,8 @@ class CorrelationIndex {
   static std::uint64_t key(const DDS_SequenceNumber_t& number) {
     return static_cast<std::uint64_t>(static_cast<std::uint32_t>(number.high)) << 32 | number.low;
   }
+  /// The bucket of a key; null when it has no user.
+  IndexBucket* find(std::uint64_t key) const { return buckets_.find(key); }
   /// The bucket of a key, made if need be, with one more user. Throws `std::bad_alloc`.
   IndexBucket* acquire(std::uint64_t key);
   /// One user less; the last one's bucket must be empty.

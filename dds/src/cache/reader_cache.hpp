@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "cache/correlation_index.hpp"
+#include "cache/discarded_keys.hpp"
 #include "cache/entry.hpp"
 #include "cache/instance_map.hpp"
 #include "cache/loan_table.hpp"
@@ -28,7 +29,7 @@ class ReaderCache {
     std::size_t max_samples_per_instance;
   };
   /// Why a sample was refused.
-  enum class Refusal { none, samples, instances, samples_per_instance, memory };
+  enum class Refusal { none, samples, instances, samples_per_instance, memory, discarded };
 
   /// Throws `std::bad_alloc`.
   ReaderCache(const DDS_TypePlugin& type, const Limits& limits, bool no_writers_sample);
@@ -54,6 +55,14 @@ class ReaderCache {
   Loan* get(const Selection& selection, std::size_t max_samples, bool take, Notifications& notifications);
   LoanTable& loans() { return loans_; }
 
+  /// From now on samples with that index key are refused as `discarded`, and not taken in when they have been reserved
+  /// already. Removes at most `most` of those that are held, and hands over the references to their messages; the
+  /// number of these. Throws `std::bad_alloc`, having changed nothing.
+  std::size_t discard(std::uint64_t key, Message** messages, std::size_t most, Notifications& notifications);
+  /// A sample that was refused as discarded is given up for good.
+  void count_discarded() { ++discarded_count_; }
+  DDS_LongLong discarded_count() const { return discarded_count_; }
+
   /// Indexes the samples from now on, those held already included. Throws `std::bad_alloc`, having changed nothing.
   void enable_index();
   bool indexed() const { return indexed_; }
@@ -72,6 +81,9 @@ class ReaderCache {
   Refusal claim_slot(Entry& entry);
   void register_writer(Entry& entry);
   void drop_reservation(Entry& entry);
+  bool is_discarded(const Message& message) const {
+    return discarded_.contains(CorrelationIndex::key(message.related_identity.sequence_number));
+  }
 
   void index_late(Entry& entry);
   bool take_effect(Entry& entry);
@@ -95,6 +107,8 @@ class ReaderCache {
   CorrelationIndex index_;
   LoanTable loans_;
   bool indexed_ = false;
+  DiscardedKeys discarded_;
+  DDS_LongLong discarded_count_ = 0;  // samples
 
   std::size_t sample_count_ = 0;
   std::size_t invalid_count_ = 0;  // samples without valid data, of all instances

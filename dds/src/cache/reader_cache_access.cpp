@@ -123,6 +123,25 @@ Loan* ReaderCache::get(const Selection& selection, std::size_t max_samples, bool
   return loan;
 }
 
+std::size_t ReaderCache::discard(std::uint64_t key, Message** messages, std::size_t most,
+                                 Notifications& notifications) {
+  discarded_.add(key);
+  std::size_t count = 0;
+  for (; count < most; ++count) {
+    const IndexBucket* bucket = index_.find(key);
+    Entry* entry = bucket == nullptr ? nullptr : bucket->samples.front();
+    if (entry == nullptr) { break; }
+    Instance& instance = *entry->instance;
+    unlink(entry, notifications);
+    messages[count] = entry->message.release();
+    recycle(entry);
+    instances_.remove_if_unused(&instance);
+    count_discarded();
+  }
+  refresh_watches(notifications);
+  return count;
+}
+
 void ReaderCache::describe(const Entry& entry, DDS_SampleInfo& info) {
   Instance& instance = *entry.instance;
   const Message& message = *entry.message;

@@ -44,8 +44,15 @@ void ReaderCache::recycle(Entry* entry) {
   ++idle_count_;
 }
 
+// The end of an instance that the reader knows concerns it even if it does not want the sample that tells of it; then
+// the entry takes no room, and only its effect is committed.
 Entry* ReaderCache::reserve(RefPtr<Message>& message, RemoteWriter& writer, Refusal& why) {
   Entry* entry = nullptr;
+  const bool discarded = is_discarded(*message);
+  if (discarded && (message->kind == MessageKind::data || instances_.find(message->key) == nullptr)) {
+    why = Refusal::discarded;
+    return nullptr;
+  }
   try {
     Instance* instance = find_or_add_instance(*message, why);
     if (instance == nullptr) { return nullptr; }
@@ -62,7 +69,7 @@ Entry* ReaderCache::reserve(RefPtr<Message>& message, RemoteWriter& writer, Refu
     entry->registered_now = false;
     entry->takes_slot = false;
     ++instance->reservations;
-    why = claim_slot(*entry);
+    why = discarded ? Refusal::none : claim_slot(*entry);
     if (why == Refusal::none) {
       if (indexed_) {
         entry->bucket = index_.acquire(CorrelationIndex::key(entry->message->related_identity.sequence_number));
@@ -149,10 +156,19 @@ void ReaderCache::cancel(Entry* entry) {
   instances_.remove_if_unused(instance);
 }
 
+// The key may have been discarded since the sample was reserved.
 bool ReaderCache::commit(Entry* entry, Notifications& notifications) {
+  const bool discarded = is_discarded(*entry->message);
+  if (discarded && entry->message->kind == MessageKind::data) {
+    cancel(entry);
+    count_discarded();
+    return false;
+  }
   drop_reservation(*entry);
   Instance& instance = *entry->instance;
-  if (!take_effect(*entry)) {
+  const bool has_sample = take_effect(*entry);
+  if (!has_sample || discarded) {
+    if (has_sample) { count_discarded(); }
     if (entry->bucket != nullptr) { index_.release(entry->bucket); }
     recycle(entry);
     instances_.remove_if_unused(&instance);
@@ -228,10 +244,15 @@ bool ReaderCache::remove_writer(RemoteWriter& writer, Notifications& notificatio
 // Nobody waits for room here, so the sample is kept beyond the limits. Exhausted memory costs the sample, not the
 // change of state.
 bool ReaderCache::add_no_writers_sample(Instance& instance, Notifications& notifications) {
+  const std::uint64_t key = CorrelationIndex::key(DDS::SEQUENCE_NUMBER_UNKNOWN);
+  if (discarded_.contains(key)) {
+    count_discarded();
+    return false;
+  }
   Entry* entry = nullptr;
   try {
     entry = make_entry();
-    entry->bucket = indexed_ ? index_.acquire(CorrelationIndex::key(DDS::SEQUENCE_NUMBER_UNKNOWN)) : nullptr;
+    entry->bucket = indexed_ ? index_.acquire(key) : nullptr;
   } catch (const std::bad_alloc&) {
     if (entry != nullptr) { recycle(entry); }
     return false;

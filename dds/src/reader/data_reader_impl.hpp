@@ -63,6 +63,13 @@ class DataReaderImpl final : public Api, public ReaderEntity {
   DDS_ReturnCode_t delete_readcondition(DDSReadCondition* condition) override {
     return core_.delete_readcondition(condition);
   }
+  DDS_ReturnCode_t discard_index_key(const char* index_name, const DDS_SampleInfo& key) override {
+    return core_.discard_index_key(index_name, key);
+  }
+  DDS_ReturnCode_t get_discarded_sample_count(DDS_LongLong& count) override {
+    count = core_.discarded_sample_count();
+    return DDS_RETCODE_OK;
+  }
 
   DDS_ReturnCode_t read_or_take_untyped(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples,
                                         DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,

@@ -72,6 +72,7 @@ ReaderCore::Admission ReaderCore::try_reserve(RefPtr<Message>& message, RemoteWr
   reservation.entry = cache_.reserve(message, writer, reservation.why);
   if (reservation.entry != nullptr) { return Admission::accepted; }
   if (reservation.why == ReaderCache::Refusal::memory) { return Admission::no_memory; }
+  if (reservation.why == ReaderCache::Refusal::discarded) { return Admission::dropped; }
   if (!writer.reliable) {
     const Instance* known = cache_.instances().find(message->key);
     reservation.instance = known == nullptr ? DDS_HANDLE_NIL : known->handle;
@@ -89,6 +90,10 @@ void ReaderCore::settle(const Reservation& reservation, Notifications& notificat
     } else if (bounded_) {
       space_.notify();  // a slot was not needed after all, or an instance has gone
     }
+    return;
+  }
+  if (reservation.why == ReaderCache::Refusal::discarded) {
+    cache_.count_discarded();
     return;
   }
   count_one(lost_);

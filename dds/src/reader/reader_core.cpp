@@ -76,12 +76,14 @@ DDS_ReturnCode_t ReaderCore::create_index(const char* name) {
   return DDS_LOG_REFUSAL("DDSDataReader::create_index", add_index(name), "an index of that name exists");
 }
 
+bool ReaderCore::has_index(const char* name) const {
+  return name != nullptr && std::find(index_names_.begin(), index_names_.end(), name) != index_names_.end();
+}
+
 DDS_ReturnCode_t ReaderCore::add_index(const char* name) {
   if (name == nullptr || *name == '\0') { return DDS_RETCODE_BAD_PARAMETER; }
   const MutexLock lock(mutex_);
-  if (std::find(index_names_.begin(), index_names_.end(), name) != index_names_.end()) {
-    return DDS_RETCODE_PRECONDITION_NOT_MET;
-  }
+  if (has_index(name)) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
   try {
     index_names_.reserve(index_names_.size() + 1);
     std::string copy(name);
@@ -101,7 +103,7 @@ DDSReadCondition* ReaderCore::create_index_condition(DDS_SampleStateMask sample_
   {
     Notifications notifications;
     const MutexLock lock(mutex_);
-    known = std::find(index_names_.begin(), index_names_.end(), name) != index_names_.end();
+    known = has_index(name);
     if (known) { condition = make_condition(sample_states, view_states, instance_states, &number, notifications); }
   }
   if (condition == nullptr) {
@@ -144,6 +146,36 @@ DDS_ReturnCode_t ReaderCore::try_delete(DDSReadCondition* condition) {
   if (&own->reader_ != this || !own->in_use_) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
   drop_condition(own);
   return DDS_RETCODE_OK;
+}
+
+DDS_ReturnCode_t ReaderCore::discard_index_key(const char* index_name, const DDS_SampleInfo& key) {
+  const std::uint64_t number = CorrelationIndex::key(key.related_sample_identity.sequence_number);
+  return DDS_LOG_REFUSAL("DDSDataReader::discard_index_key", discard(index_name, number), "");
+}
+
+// The messages are released after the lock, because a type's own code may run when the last reference goes. A writer
+// that waits for room may be about to try a sample with this key: it has to look again even if nothing was removed.
+DDS_ReturnCode_t ReaderCore::discard(const char* index_name, std::uint64_t key) {
+  Message* removed[kFewMessages];
+  std::size_t count = 0;
+  do {
+    {
+      Notifications notifications;
+      const MutexLock lock(mutex_);
+      if (!has_index(index_name)) { return DDS_RETCODE_BAD_PARAMETER; }
+      try {
+        count = cache_.discard(key, removed, kFewMessages, notifications);
+      } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
+    }
+    for (std::size_t i = 0; i < count; ++i) { removed[i]->unref(); }
+  } while (count == kFewMessages);
+  if (bounded_) { space_.notify(); }
+  return DDS_RETCODE_OK;
+}
+
+DDS_LongLong ReaderCore::discarded_sample_count() {
+  const MutexLock lock(mutex_);
+  return cache_.discarded_count();
 }
 
 void ReaderCore::delete_all_conditions() {

@@ -73,6 +73,8 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   /// The match conditions as well.
   void delete_all_conditions() DDS_EXCLUDES(mutex_);
   MatchConditions& match_conditions() { return match_conditions_; }
+  DDS_ReturnCode_t discard_index_key(const char* index_name, const DDS_SampleInfo& key) DDS_EXCLUDES(mutex_);
+  DDS_LongLong discarded_sample_count() DDS_EXCLUDES(mutex_);
 
   /// `condition` is null when `states` is to be used.
   DDS_ReturnCode_t read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples, StateMask states,
@@ -107,6 +109,8 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
                                     Notifications& notifications) DDS_REQUIRES(mutex_);
   void drop_condition(ReadConditionImpl* condition) DDS_REQUIRES(mutex_);
   DDS_ReturnCode_t add_index(const char* name) DDS_EXCLUDES(mutex_);
+  bool has_index(const char* name) const DDS_REQUIRES(mutex_);
+  DDS_ReturnCode_t discard(const char* index_name, std::uint64_t key) DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t try_delete(DDSReadCondition* condition) DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t try_read_or_take(void*** data, int* count, DDS_SampleInfoSeq& infos, int max_samples,
                                     StateMask states, DDS_ReadCondition* condition, bool take) DDS_EXCLUDES(mutex_);
