@@ -163,6 +163,8 @@ TEST_F(QosCheck, OnlyAReliableReaderOfABestEffortWriterDoesNotMatch) {
     }
   }
   EXPECT_STREQ(DDS_QosPolicyId_get_name(DDS_RELIABILITY_QOS_POLICY_ID), "RELIABILITY");
+  EXPECT_STREQ(DDS_QosPolicyId_get_name(static_cast<DDS_QosPolicyId_t>(24)), "TYPE_CONSISTENCY_ENFORCEMENT");
+  EXPECT_STREQ(DDS_QosPolicyId_get_name(static_cast<DDS_QosPolicyId_t>(-1)), "INVALID");
 }
 
 }  // namespace

@@ -10,6 +10,15 @@
 namespace behaviour {
 namespace {
 
+/// The QoS with a role and two properties, of which the first is propagated.
+template <class Qos>
+Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
+  (qos.*name).role_name = DDS_String_dup("role");
+  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "known", "value", true), DDS_RETCODE_OK);
+  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "hidden", "value", false), DDS_RETCODE_OK);
+  return qos;
+}
+
 /// A participant with a writer, readers of all kinds, and samples in them, made anew for every fault.
 struct World {
   World() {
@@ -21,10 +30,12 @@ struct World {
   DDSTopic* others_topic = other.keyed_strings("Topic");
   DDSTopic* unused_topic = participant.keyed_strings("A topic that has neither a writer nor a reader");
   DDSContentFilteredTopic* filtered = participant.filtered("Filtered", topic, "value <> 'x'");
-  DDSKeyedStringDataReader* reader = make_reader<DDSKeyedStringDataReader>(topic);
+  DDSKeyedStringDataReader* reader =
+      make_reader<DDSKeyedStringDataReader>(topic, described(keep_all_reader(), &DDS_DataReaderQos::subscription_name));
   DDSKeyedStringDataReader* others_reader = make_reader<DDSKeyedStringDataReader>(others_topic);
   DDSKeyedStringDataReader* filtered_reader = make_reader<DDSKeyedStringDataReader>(filtered);
-  DDSKeyedStringDataWriter* writer = make_writer<DDSKeyedStringDataWriter>(topic);
+  DDSKeyedStringDataWriter* writer =
+      make_writer<DDSKeyedStringDataWriter>(topic, described(reliable_writer(), &DDS_DataWriterQos::publication_name));
 };
 
 /// Runs `operation`, which returns whether it succeeded, in a fresh world for each of its allocations, then `check`
@@ -80,11 +91,11 @@ TEST(AllocationFailure, InACreationMakesNothing) {
   create("subscriber", [](World& world) {
     return made(world.participant->create_subscriber(DDS_SUBSCRIBER_QOS_DEFAULT, nullptr, 0));
   });
-  create("writer", [](World& world) {
-    return made(world.participant->create_datawriter(world.topic, DDS_DATAWRITER_QOS_DEFAULT, nullptr, 0));
+  create("writer", [qos = described(DDS_DataWriterQos(), &DDS_DataWriterQos::publication_name)](World& world) {
+    return made(world.participant->create_datawriter(world.topic, qos, nullptr, 0));
   });
-  create("reader", [](World& world) {
-    return made(world.participant->create_datareader(world.filtered, DDS_DATAREADER_QOS_DEFAULT, nullptr, 0));
+  create("reader", [qos = described(DDS_DataReaderQos(), &DDS_DataReaderQos::subscription_name)](World& world) {
+    return made(world.participant->create_datareader(world.filtered, qos, nullptr, 0));
   });
   create("first writer of a topic", [](World& world) {
     return made(world.participant->create_datawriter(world.unused_topic, DDS_DATAWRITER_QOS_DEFAULT, nullptr, 0));
@@ -100,6 +111,8 @@ TEST(AllocationFailure, InACreationMakesNothing) {
     return made(world.reader->create_index_condition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE,
                                                      "Index", DDS_SampleInfo()));
   });
+  create("writer's match condition", [](World& world) { return made(world.writer->create_match_condition()); });
+  create("reader's match condition", [](World& world) { return made(world.reader->create_match_condition()); });
   create("type",
          [](World& world) { return done(DDSOctetsTypeSupport::register_type(world.participant.get(), "New")); });
   create("defaults", [qos = reliable_writer()](World& world) {
@@ -171,6 +184,43 @@ TEST(AllocationFailure, InATakeLeavesTheSamplesInTheReader) {
       [](World& world, bool succeeded) {
         EXPECT_EQ(values(take_all(world.reader)), succeeded ? Strings{} : (Strings{"0", "1", "2"}));
       });
+}
+
+TEST(AllocationFailure, InADiscardOfAKeyLeavesTheSamplesInTheReader) {
+  fail_each_allocation(
+      "discard", [](World& world) { return done(world.reader->discard_index_key("Index", DDS_SampleInfo())); },
+      [](World& world, bool succeeded) {
+        EXPECT_EQ(write(world.writer, "a", "after"), DDS_RETCODE_OK);
+        EXPECT_EQ(values(take_all(world.reader)), succeeded ? Strings{} : (Strings{"0", "1", "2", "after"}));
+        DDS_LongLong count = -1;
+        EXPECT_EQ(world.reader->get_discarded_sample_count(count), DDS_RETCODE_OK);
+        EXPECT_EQ(count, succeeded ? 4 : 0);
+      });
+}
+
+TEST(AllocationFailure, InALookAtAMatchedEndLeavesWhatWasThere) {
+  const auto look = [](DDS_ReturnCode_t retcode, const DDS_EntityNameQosPolicy& name, int properties) {
+    const bool looked = done(retcode);
+    EXPECT_STREQ(name.role_name, looked ? "role" : nullptr);
+    EXPECT_EQ(properties, looked ? 1 : 0);
+    return looked;
+  };
+  fail_each_allocation(
+      "look at a writer",
+      [&](World& world) {
+        DDS_PublicationBuiltinTopicData data;
+        const auto retcode = world.reader->get_matched_publication_data(data, world.writer->get_instance_handle());
+        return look(retcode, data.publication_name, data.property.value.length());
+      },
+      [](World&, bool) {});
+  fail_each_allocation(
+      "look at a reader",
+      [&](World& world) {
+        DDS_SubscriptionBuiltinTopicData data;
+        const auto retcode = world.writer->get_matched_subscription_data(data, world.reader->get_instance_handle());
+        return look(retcode, data.subscription_name, data.property.value.length());
+      },
+      [](World&, bool) {});
 }
 
 TEST(AllocationFailure, InAReadWithCopiesLeavesNoLoan) {

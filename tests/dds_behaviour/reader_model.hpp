@@ -46,9 +46,15 @@ class ReaderModel {
     }
   };
 
+  DDS_LongLong discarded_count = 0;  // samples
+
   explicit ReaderModel(bool no_writers_samples) : no_writers_samples_(no_writers_samples) {}
 
   void write(int writer, const std::string& key, const std::string& value, std::uint32_t related) {
+    if (is_discarded(related)) {
+      ++discarded_count;
+      return;
+    }
     Instance& instance = instances_[key];
     if (instance.state == DDS_NOT_ALIVE_DISPOSED_INSTANCE_STATE) { ++instance.disposed_generations; }
     if (instance.state == DDS_NOT_ALIVE_NO_WRITERS_INSTANCE_STATE) { ++instance.no_writers_generations; }
@@ -57,25 +63,41 @@ class ReaderModel {
     instance.writers.insert(writer);
     instance.add(true, value, related);
   }
-  void dispose(int writer, const std::string& key) {
+  void dispose(int writer, const std::string& key, std::uint32_t related) {
+    if (is_discarded(related) && !knows(key)) {
+      ++discarded_count;
+      return;
+    }
     Instance& instance = instances_[key];
     instance.writers.insert(writer);
     if (instance.state == DDS_NOT_ALIVE_DISPOSED_INSTANCE_STATE) { return; }
     instance.state = DDS_NOT_ALIVE_DISPOSED_INSTANCE_STATE;
-    instance.add(false, "", 0);
+    add_end(instance, related);
   }
-  void unregister(int writer, const std::string& key) {
+  void unregister(int writer, const std::string& key, std::uint32_t related) {
+    if (is_discarded(related) && !knows(key)) { ++discarded_count; }
     if (!writes(writer, key)) { return; }
     Instance& instance = instances_[key];
     instance.writers.erase(writer);
     if (instance.writers.empty() && instance.state == DDS_ALIVE_INSTANCE_STATE) {
       instance.state = DDS_NOT_ALIVE_NO_WRITERS_INSTANCE_STATE;
-      if (no_writers_samples_) { instance.add(false, "", 0); }
+      if (no_writers_samples_) { add_end(instance, related); }
     }
     forget_if_over(key);
   }
   void delete_writer(int writer) {
-    for (const std::string& key : keys()) { unregister(writer, key); }
+    for (const std::string& key : keys()) { unregister(writer, key, 0); }
+  }
+  void discard(std::uint32_t related) {
+    discarded_.insert(related);
+    for (const std::string& key : keys()) {
+      std::vector<Sample>& samples = instances_[key].samples;
+      const auto end = std::remove_if(samples.begin(), samples.end(),
+                                      [&](const Sample& sample) { return sample.related == related; });
+      discarded_count += samples.end() - end;
+      samples.erase(end, samples.end());
+      forget_if_over(key);
+    }
   }
 
   bool writes(int writer, const std::string& key) const {
@@ -108,6 +130,14 @@ class ReaderModel {
   }
 
  private:
+  bool is_discarded(std::uint32_t related) const { return discarded_.count(related) > 0; }
+  void add_end(Instance& instance, std::uint32_t related) {
+    if (is_discarded(related)) {
+      ++discarded_count;
+    } else {
+      instance.add(false, "", related);
+    }
+  }
   static void expect_instance(Instance& instance, const std::vector<Received>& received, const Query& query,
                               bool take) {
     std::vector<std::size_t> positions;
@@ -148,6 +178,7 @@ class ReaderModel {
   }
 
   const bool no_writers_samples_;
+  std::set<std::uint32_t> discarded_;
   std::map<std::string, Instance> instances_;
 };
 

@@ -44,26 +44,46 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
     return {two_states[pick(5)], two_states[pick(5)], instance_states[pick(7)]};
   }
 
+  /// One of three keys, some of which have been discarded; each is given up for the next in the end.
+  std::uint32_t pick_related() { return oldest_key + static_cast<std::uint32_t>(pick(3)); }
+  static DDS_WriteParams_t answering(std::uint32_t related) {
+    DDS_WriteParams_t params;
+    if (related != 0) { params.related_sample_identity.sequence_number = {0, related}; }
+    return params;
+  }
+  void discard_one() {
+    const std::uint32_t related = pick_related();
+    DDS_SampleInfo key;
+    key.related_sample_identity.sequence_number = {0, related};
+    ASSERT_EQ(reader->discard_index_key("Index", key), DDS_RETCODE_OK);
+    model.discard(related);
+    ++oldest_key;
+  }
   void write_one() {
     const int writer = pick(3);
     std::string key = pick_key(), value = std::to_string(step);
-    const std::uint32_t related = 1 + static_cast<std::uint32_t>(pick(3));
-    DDS_WriteParams_t params;
-    params.related_sample_identity.sequence_number = {0, related};
+    const std::uint32_t related = pick_related();
+    DDS_WriteParams_t params = answering(related);
     ASSERT_EQ(writers[writer]->write_w_params(keyed(key, value), params), DDS_RETCODE_OK);
     model.write(writer, key, value, related);
   }
   void dispose_one() {
     const int writer = pick(3);
-    const std::string key = pick_key();
-    ASSERT_EQ(dispose(writers[writer], key), DDS_RETCODE_OK);
-    model.dispose(writer, key);
+    std::string key = pick_key(), none;
+    const DDS_KeyedString instance = keyed(key, none);
+    const std::uint32_t related = pick(2) == 0 ? pick_related() : 0;
+    DDS_WriteParams_t params = answering(related);
+    ASSERT_EQ(writers[writer]->dispose_untyped(&instance, params), DDS_RETCODE_OK);
+    model.dispose(writer, key, related);
   }
   void unregister_one() {
     const int writer = pick(3);
-    const std::string key = pick_key();
-    ASSERT_EQ(unregister(writers[writer], key), DDS_RETCODE_OK);
-    model.unregister(writer, key);
+    std::string key = pick_key(), none;
+    const DDS_KeyedString instance = keyed(key, none);
+    const std::uint32_t related = pick(2) == 0 ? pick_related() : 0;
+    DDS_WriteParams_t params = answering(related);
+    ASSERT_EQ(writers[writer]->unregister_untyped(&instance, params), DDS_RETCODE_OK);
+    model.unregister(writer, key, related);
   }
   void replace_writer() {
     const int writer = pick(3);
@@ -73,7 +93,7 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
   }
   void make_condition() {
     if (conditions.size() > 8) { return; }
-    Condition made = {nullptr, {pick_selection(), static_cast<std::uint32_t>(pick(4))}};
+    Condition made = {nullptr, {pick_selection(), pick(4) == 0 ? 0 : pick_related()}};
     const Selection& masks = made.query.selection;
     if (made.query.related == 0) {
       made.condition = reader->create_readcondition(masks.sample_states, masks.view_states, masks.instance_states);
@@ -132,12 +152,16 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
     if (choice < 60) { return make_condition(); }
     if (choice < 65) { return delete_condition(); }
     if (choice < 70) { return lend(); }
+    if (choice < 72) { return discard_one(); }
     access(choice < 85);
   }
   void compare() {
     for (const Condition& each : conditions) {
       ASSERT_EQ(each.condition->get_trigger_value(), model.count(each.query) > 0);
     }
+    DDS_LongLong discarded = -1;
+    ASSERT_EQ(reader->get_discarded_sample_count(discarded), DDS_RETCODE_OK);
+    ASSERT_EQ(discarded, model.discarded_count);
     for (std::string key : {"a", "b", "c", "d"}) {
       std::string none;
       ASSERT_EQ(reader->lookup_instance(keyed(key, none)) != DDS_HANDLE_NIL, model.knows(key)) << key;
@@ -146,6 +170,7 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
 
   std::mt19937 random{std::get<0>(GetParam())};
   int step = 0;
+  std::uint32_t oldest_key = 1;
   ReaderModel model{std::get<1>(GetParam())};
   Participant participant;
   DDSTopic* topic = participant.keyed_strings("Topic");

@@ -1,0 +1,195 @@
+// What an end learns of those that it matches, and how it waits for them.
+
+#include <atomic>
+
+#include "behaviour.hpp"
+
+namespace behaviour {
+namespace {
+
+template <class Qos>
+Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
+  (qos.*name).role_name = DDS_String_dup("role");
+  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "hidden", "0", false), DDS_RETCODE_OK);
+  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "known", "1", true), DDS_RETCODE_OK);
+  return qos;
+}
+
+template <class Data>
+void expect_described(const Data& data, const DDS_EntityNameQosPolicy& name) {
+  EXPECT_STREQ(name.role_name, "role");
+  EXPECT_EQ(name.name, nullptr);
+  ASSERT_EQ(data.property.value.length(), 1);
+  EXPECT_STREQ(data.property.value[0].name, "known");
+  EXPECT_STREQ(data.property.value[0].value, "1");
+}
+
+bool equal(const DDS_GUID_t& a, const DDS_GUID_t& b) { return DDS_GUID_equals(&a, &b); }
+
+TEST(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
+  const Participant one, other;
+  auto* writer = make_writer(one.strings("Topic"), described(reliable_writer(), &DDS_DataWriterQos::publication_name));
+  auto* reader =
+      make_reader(other.strings("Topic"), described(keep_all_reader(), &DDS_DataReaderQos::subscription_name));
+  DDS_InstanceHandleSeq writers, readers;
+  ASSERT_EQ(reader->get_matched_publications(writers), DDS_RETCODE_OK);
+  ASSERT_EQ(writer->get_matched_subscriptions(readers), DDS_RETCODE_OK);
+  DDS_PublicationBuiltinTopicData publication;
+  ASSERT_EQ(reader->get_matched_publication_data(publication, writers[0]), DDS_RETCODE_OK);
+  expect_described(publication, publication.publication_name);
+  EXPECT_TRUE(equal(publication.key, guid_of(writer)));
+  DDS_SubscriptionBuiltinTopicData subscription;
+  ASSERT_EQ(writer->get_matched_subscription_data(subscription, readers[0]), DDS_RETCODE_OK);
+  expect_described(subscription, subscription.subscription_name);
+  EXPECT_TRUE(equal(subscription.related_writer_guid, DDS_GUID_UNKNOWN));
+  EXPECT_FALSE(equal(subscription.key, publication.key));
+  EXPECT_FALSE(equal(subscription.participant_key, publication.participant_key));
+
+  DDSTopic* neighbours_topic = one.strings("Topic2");
+  DDSStringDataReader* neighbour = make_reader(neighbours_topic);
+  const DDS_InstanceHandle_t neighbours_writer = make_writer(neighbours_topic)->get_instance_handle();
+  DDS_PublicationBuiltinTopicData of_neighbour;
+  ASSERT_EQ(neighbour->get_matched_publication_data(of_neighbour, neighbours_writer), DDS_RETCODE_OK);
+  EXPECT_TRUE(equal(of_neighbour.participant_key, publication.participant_key));
+
+  EXPECT_EQ(reader->get_matched_publication_data(publication, neighbours_writer), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
+  EXPECT_EQ(writer->get_matched_subscription_data(subscription, readers[0]), DDS_RETCODE_BAD_PARAMETER);
+  expect_described(subscription, subscription.subscription_name);
+  expect_described(publication, publication.publication_name);
+}
+
+TEST(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
+  const Participant participant;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSStringDataWriter* writer = make_writer(topic);
+  const DDS_GUID_t asker = guid_of(make_writer(participant.strings("Questions")));
+  const std::string own = "&hex(" + hexadecimal(asker) + ")";
+  const std::string exact = "@related_sample_identity.writer_guid.value = " + own;
+  const std::pair<std::string, bool> filters[] = {{exact, true},
+                                                  {"(" + exact + ")", true},
+                                                  {"NOT " + exact, false},
+                                                  {exact + " AND @sample_identity.sequence_number > 0", false},
+                                                  {"@related_sample_identity.writer_guid.value <> " + own, false},
+                                                  {"@sample_identity.writer_guid.value = " + own, false}};
+  for (const auto& [expression, tells] : filters) {
+    DDSContentFilteredTopic* filtered = participant.filtered(expression.c_str(), topic, expression);
+    ASSERT_NE(filtered, nullptr) << expression;
+    DDSStringDataReader* reader = make_reader(filtered);
+    DDS_SubscriptionBuiltinTopicData data;
+    ASSERT_EQ(writer->get_matched_subscription_data(data, reader->get_instance_handle()), DDS_RETCODE_OK);
+    EXPECT_TRUE(equal(data.related_writer_guid, tells ? asker : DDS_GUID_UNKNOWN)) << expression;
+  }
+}
+
+class MatchCondition : public ::testing::TestWithParam<bool> {
+ protected:
+  /// The end whose conditions are looked at, and what comes and goes at the other end.
+  DDSMatchCondition* create() {
+    return GetParam() ? writer->create_match_condition() : reader->create_match_condition();
+  }
+  DDS_ReturnCode_t destroy(DDSMatchCondition* condition) {
+    return GetParam() ? writer->delete_match_condition(condition) : reader->delete_match_condition(condition);
+  }
+  DDS_ReturnCode_t remove_end() { return GetParam() ? remove(writer) : remove(reader); }
+  DDSEntity& end() { return GetParam() ? static_cast<DDSEntity&>(*writer) : *reader; }
+  DDS_StatusMask matched() const {
+    return GetParam() ? DDS_PUBLICATION_MATCHED_STATUS : DDS_SUBSCRIPTION_MATCHED_STATUS;
+  }
+  int match_count() {
+    DDS_InstanceHandleSeq handles;
+    EXPECT_EQ(GetParam() ? writer->get_matched_subscriptions(handles) : reader->get_matched_publications(handles),
+              DDS_RETCODE_OK);
+    return handles.length();
+  }
+  std::function<void()> come(bool fitting = true) {
+    if (GetParam()) {
+      DDSDataReader* made = make_reader(others_topic, fitting ? best_effort_reader() : keep_all_reader());
+      return [made] { EXPECT_EQ(remove(made), DDS_RETCODE_OK); };
+    }
+    DDSDataWriter* made = make_writer(others_topic, fitting ? reliable_writer() : best_effort_writer());
+    return [made] { EXPECT_EQ(remove(made), DDS_RETCODE_OK); };
+  }
+
+  const Participant participant, other;
+  DDSTopic* topic = participant.strings("Topic");
+  DDSTopic* others_topic = other.strings("Topic");
+  // They do not match each other.
+  DDSStringDataWriter* writer = make_writer(topic, best_effort_writer());
+  DDSStringDataReader* reader = make_reader(topic);
+};
+
+TEST_P(MatchCondition, IsLatchedByEveryChangeUntilItIsReset) {
+  DDSMatchCondition* first = create();
+  ASSERT_NE(first, nullptr);
+  EXPECT_FALSE(first->get_trigger_value()) << "what was before does not count";
+  const std::function<void()> go = come();
+  EXPECT_TRUE(first->get_trigger_value());
+  DDSMatchCondition* second = create();
+  EXPECT_FALSE(second->get_trigger_value());
+  first->reset();
+  EXPECT_FALSE(first->get_trigger_value());
+  EXPECT_NE(end().get_status_changes() & matched(), 0u) << "the status is the application's";
+  go();
+  EXPECT_TRUE(first->get_trigger_value());
+  EXPECT_TRUE(second->get_trigger_value());
+  first->reset();
+  EXPECT_TRUE(second->get_trigger_value());
+  come(false);
+  EXPECT_TRUE(first->get_trigger_value()) << "an end that does not fit is a change too";
+  EXPECT_EQ(match_count(), 0);
+  EXPECT_EQ(destroy(first), DDS_RETCODE_OK);
+  EXPECT_EQ(destroy(second), DDS_RETCODE_OK);
+}
+
+TEST_P(MatchCondition, IsDeletedByItsEntityAlone) {
+  DDSMatchCondition* condition = create();
+  DDSMatchCondition* foreign = GetParam() ? reader->create_match_condition() : writer->create_match_condition();
+  DDSWaitSet waitset;
+  ASSERT_EQ(waitset.attach_condition(condition), DDS_RETCODE_OK);
+  EXPECT_EQ(destroy(nullptr), DDS_RETCODE_BAD_PARAMETER);
+  EXPECT_EQ(destroy(foreign), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(remove_end(), DDS_RETCODE_PRECONDITION_NOT_MET);
+  come();
+  EXPECT_TRUE(condition->get_trigger_value()) << "the entity is as before";
+  EXPECT_EQ(destroy(condition), DDS_RETCODE_OK);
+  DDSConditionSeq attached;
+  EXPECT_EQ(waitset.get_conditions(attached), DDS_RETCODE_OK);
+  EXPECT_EQ(attached.length(), 0);
+  EXPECT_EQ(destroy(condition), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(remove_end(), DDS_RETCODE_OK);
+  EXPECT_EQ(participant->delete_contained_entities(), DDS_RETCODE_OK) << "with the conditions that are left";
+}
+
+TEST_P(MatchCondition, LosesNoChangeBetweenLookingAndWaiting) {
+  const int rounds = scaled(1000);
+  std::atomic<int> wanted{-1};
+  Thread changing([&] {
+    for (int i = 0; i < rounds; ++i) {
+      const std::function<void()> go = come();
+      while (wanted != 1) { std::this_thread::yield(); }
+      go();
+      while (wanted != 0) { std::this_thread::yield(); }
+    }
+  });
+  DDSMatchCondition* condition = create();
+  DDSWaitSet waitset;
+  DDSConditionSeq active;
+  ASSERT_EQ(waitset.attach_condition(condition), DDS_RETCODE_OK);
+  for (int i = 0; i < 2 * rounds; ++i) {
+    const int expected = (i + 1) % 2;
+    for (;;) {
+      condition->reset();
+      if (match_count() == expected) { break; }
+      ASSERT_EQ(waitset.wait(active, DDS_DURATION_INFINITE), DDS_RETCODE_OK);
+    }
+    wanted = expected;
+  }
+  changing.join();
+  EXPECT_EQ(destroy(condition), DDS_RETCODE_OK);
+}
+INSTANTIATE_TEST_SUITE_P(Of, MatchCondition, ::testing::Bool(),
+                         [](const auto& test) { return test.param ? "AWriter" : "AReader"; });
+
+}  // namespace
+}  // namespace behaviour
