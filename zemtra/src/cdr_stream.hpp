@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <fastcdr/Cdr.h>
+#include <fastcdr/FastBuffer.h>
+
+namespace zemtra {
+namespace details {
+
+/// Fast CDR over a buffer that stands behind its encapsulation header.
+struct CdrStream {
+  CdrStream(char* octets, std::size_t count, bool little_endian)
+      : size(count),
+        buffer(octets, count),
+        cdr(buffer, little_endian ? eprosima::fastcdr::Cdr::LITTLE_ENDIANNESS : eprosima::fastcdr::Cdr::BIG_ENDIANNESS,
+            eprosima::fastcdr::Cdr::DDS_CDR) {}
+
+  std::size_t remaining() const { return size - position(); }
+  std::size_t position() const { return cdr.getSerializedDataLength(); }
+  /// Octets before the next number of that width.
+  std::size_t padding(std::size_t width) const { return (width - position() % width) % width; }
+
+  const std::size_t size;
+  eprosima::fastcdr::FastBuffer buffer;
+  eprosima::fastcdr::Cdr cdr;
+};
+
+}  // namespace details
+}  // namespace zemtra
