@@ -1,5 +1,7 @@
-// What a round trip between a requester and a replier costs, against the least that handing over the same octets costs.
+// What a round trip between a requester and a replier costs, against the least that handing over the same octets costs;
+// and what it costs through the typed front ends, against the untyped core.
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 
@@ -8,13 +10,15 @@
 #include "support/floor.hpp"
 #include "support/json_line.hpp"
 #include "support/service.hpp"
+#include "support/typed.hpp"
 
 namespace bench {
 namespace {
 
 constexpr long window = 32;
 constexpr const char* usage =
-    "usage: round_trip [--mode blocking,listener,pipelined] [--payload 64,1024,...] [--pin same,split,free]\n"
+    "usage: round_trip [--mode blocking,listener,pipelined,typed,typed_listener] [--payload 64,1024,...]\n"
+    "                  [--pin same,split,free]\n"
     "                  [--rounds 15] [--count round trips in a turn, 0 for about 40 ms]\n";
 
 struct Case {
@@ -46,7 +50,16 @@ Comparison measure_pipelined(const Case& c, Placement placement) {
                  [&](long count) { floor.run(count); }, c.rounds, c.count);
 }
 
+/// The reference is the untyped core, not the floor.
+Comparison measure_typed(const Case& c, Answer answer, Placement placement) {
+  const auto typed = make_typed_service(0, answer, placement);
+  const auto untyped = make_untyped_service(1, answer, placement);
+  return compare([&](long count) { typed->run(count); }, [&](long count) { untyped->run(count); }, c.rounds, c.count);
+}
+
 Comparison measure(const Case& c, Placement placement) {
+  if (c.mode == "typed") { return measure_typed(c, Answer::in_thread, placement); }
+  if (c.mode == "typed_listener") { return measure_typed(c, Answer::in_listener, placement); }
   if (c.mode == "blocking") { return measure_blocking(c, placement); }
   if (c.mode == "listener") { return measure_listener(c, placement); }
   return measure_pipelined(c, placement);
@@ -70,10 +83,15 @@ void print(const Case& c, const Comparison& result) {
       .print();
 }
 
+bool is_one_of(const std::string& mode, std::initializer_list<const char*> modes) {
+  return std::find(modes.begin(), modes.end(), mode) != modes.end();
+}
+
 void run(const Case& c) {
   const Placement placement = placement_of(c.pin);
   // One thread cannot be on two processors.
-  if (placement == Placement::split && c.mode == "listener") { return; }
+  if (placement == Placement::split && is_one_of(c.mode, {"listener", "typed_listener"})) { return; }
+  if (is_one_of(c.mode, {"typed", "typed_listener"}) && c.payload != sizeof(Message)) { return; }
   if (!is_possible(placement)) {
     std::cerr << "round_trip: too few processors for --pin " << c.pin << '\n';
     return;
@@ -83,7 +101,8 @@ void run(const Case& c) {
 }
 
 void run_all(const Arguments& arguments) {
-  const auto modes = arguments.choice("mode", "blocking,listener,pipelined", {"blocking", "listener", "pipelined"});
+  const auto modes = arguments.choice("mode", "blocking,listener,pipelined,typed,typed_listener",
+                                      {"blocking", "listener", "pipelined", "typed", "typed_listener"});
   const auto pins = arguments.choice("pin", "same,split,free", {"same", "split", "free"});
   for (const std::string& pin : pins) {
     for (const std::string& mode : modes) {

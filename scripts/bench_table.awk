@@ -31,6 +31,8 @@ BEGIN {
   bars["blocking, 1048576 B, same"] = "<=1.2"
   bars["listener, 64 B, same"] = "<=6"
   bars["pipelined, 64 B, same"] = ">=0.7"
+  bars["typed, 64 B, same"] = "<=1.05"
+  bars["typed_listener, 64 B, same"] = "<=1.05"
   bars["blocking, 10000 idle requesters"] = "<=1.2"
   bars["listener, 10000 idle requesters"] = "<=1.2"
   bars["blocking, 1000000 unread replies"] = "<=1.2"

@@ -1,12 +1,13 @@
 #include "support/echo.hpp"
 
 #include <exception>
+#include <zemtra/replier_params.hpp>
 
 namespace bench {
 
 Echo::Echo(const Participant& participant, DDSDataReaderListener* listener) {
-  replier_.initialize(ReplierParams(participant), register_octets, register_octets, sizeof(DDS_Octets), listener,
-                      false);
+  replier_.initialize(zemtra::ReplierParams(participant.get()).service_name(echo_service), register_octets,
+                      register_octets, sizeof(DDS_Octets), listener, false);
 }
 
 bool Echo::answer_next() {

@@ -15,10 +15,6 @@ Participant::~Participant() {
   DDSDomainParticipantFactory::get_instance()->delete_participant(participant_);
 }
 
-ReplierParams::ReplierParams(const Participant& participant) : EntityParams(participant.get()) {
-  service_name_ = echo_service;
-}
-
 const char* register_octets(DDSTypeSupport* /*type_support*/, DDSDomainParticipant* participant) {
   zemtra::check_retcode(DDSOctetsTypeSupport::register_type(participant, nullptr), "register_octets",
                         QVX_LOG_ANY_FAILURE_s, "register type", true);

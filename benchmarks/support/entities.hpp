@@ -23,12 +23,6 @@ class Participant {
 /// The service that all benchmarks use.
 constexpr const char* echo_service = "Echo";
 
-/// What a replier of that service is created from.
-class ReplierParams : public zemtra::details::EntityParams {
- public:
-  explicit ReplierParams(const Participant& participant);
-};
-
 /// Requests and replies are octets; for the entities' type-registration arguments.
 const char* register_octets(DDSTypeSupport* type_support, DDSDomainParticipant* participant);
 

@@ -12,7 +12,7 @@ mv "$folder/installed" "$folder/moved"
   -DCMAKE_PREFIX_PATH="$folder/moved" -DFIRST_PROGRAM="$first_program"
 "$cmake" --build "$folder/consumer"
 output=$("$folder/consumer/first_program")
-[[ $output == Hello ]] || {
+[[ $output == $'Hello, world\nHello, world' ]] || {
   printf 'FAILED: the program printed "%s"\n' "$output"
   exit 1
 }

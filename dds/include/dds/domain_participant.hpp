@@ -10,7 +10,8 @@ class DDS_EXPORT DDSDomainParticipant : public DDSEntity {
  public:
   virtual DDS_DomainId_t get_domain_id() = 0;
   /// Registers a copy of `plugin`. Registering the same plugin under its name again succeeds; another plugin under a
-  /// name in use gives `DDS_RETCODE_PRECONDITION_NOT_MET`.
+  /// name in use gives `DDS_RETCODE_PRECONDITION_NOT_MET`. Two participants of one process that have registered
+  /// different plugins under one name do not exchange samples of it.
   virtual DDS_ReturnCode_t register_type(const char* type_name, const DDS_TypePlugin& plugin) = 0;
 
   /// Creates a topic of a registered type. Null also when a topic description of the name exists. `listener` must be
@@ -45,14 +46,14 @@ class DDS_EXPORT DDSDomainParticipant : public DDSEntity {
   /// the topic's name.
   virtual DDSDataWriter* create_datawriter(DDSTopic* topic, const DDS_DataWriterQos& qos,
                                            DDSDataWriterListener* listener, DDS_StatusMask mask) = 0;
-  /// `DDS_RETCODE_PRECONDITION_NOT_MET` for a writer that is not of the implicit publisher, or from one of its own
-  /// listener calls.
+  /// `DDS_RETCODE_PRECONDITION_NOT_MET` while the writer has match conditions, for a writer that is not of the implicit
+  /// publisher, or from one of its own listener calls.
   virtual DDS_ReturnCode_t delete_datawriter(DDSDataWriter* writer) = 0;
   /// Creates a reader in the implicit subscriber, on a topic or a content-filtered topic.
   virtual DDSDataReader* create_datareader(DDSTopicDescription* topic, const DDS_DataReaderQos& qos,
                                            DDSDataReaderListener* listener, DDS_StatusMask mask) = 0;
-  /// `DDS_RETCODE_PRECONDITION_NOT_MET` while the reader has outstanding loans or read conditions, for a reader that is
-  /// not of the implicit subscriber, or from one of its own listener calls.
+  /// `DDS_RETCODE_PRECONDITION_NOT_MET` while the reader has outstanding loans, read or match conditions, for a reader
+  /// that is not of the implicit subscriber, or from one of its own listener calls.
   virtual DDS_ReturnCode_t delete_datareader(DDSDataReader* reader) = 0;
   /// Deletes everything that the participant holds, as far as no loan is outstanding.
   virtual DDS_ReturnCode_t delete_contained_entities() = 0;

@@ -1,6 +1,8 @@
 #include "condition/match_conditions.hpp"
 
+#include <algorithm>
 #include <new>
+#include <utility>
 
 #include "log/log.hpp"
 
@@ -13,16 +15,15 @@ void MatchConditionImpl::reset() {
 }
 
 DDSMatchCondition* MatchConditions::create() {
-  MatchConditionImpl* condition = nullptr;
   try {
-    condition = new MatchConditionImpl(owner_);
+    auto condition = std::make_unique<MatchConditionImpl>(owner_);
+    const MutexLock lock(mutex_);
+    conditions_.push_back(std::move(condition));
+    return conditions_.back().get();
   } catch (const std::bad_alloc&) {
     DDS_LOG_FAILURE("create_match_condition", QVX_LOG_CREATION_FAILURE_s, "out of memory");
     return nullptr;
   }
-  const MutexLock lock(mutex_);
-  list_.push_back(condition);
-  return condition;
 }
 
 DDS_ReturnCode_t MatchConditions::remove(DDSMatchCondition* condition) {
@@ -32,22 +33,18 @@ DDS_ReturnCode_t MatchConditions::remove(DDSMatchCondition* condition) {
 DDS_ReturnCode_t MatchConditions::try_remove(const DDSMatchCondition* condition) {
   if (condition == nullptr) { return DDS_RETCODE_BAD_PARAMETER; }
   const MutexLock lock(mutex_);
-  MatchConditionImpl* own = list_.front();
-  while (own != nullptr && own != condition) { own = list_.next(own); }
-  if (own == nullptr) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
-  drop(own);
+  const auto found =
+      std::find_if(conditions_.begin(), conditions_.end(), [=](const auto& own) { return own.get() == condition; });
+  if (found == conditions_.end()) { return DDS_RETCODE_PRECONDITION_NOT_MET; }
+  (*found)->core().detach_all();
+  conditions_.erase(found);
   return DDS_RETCODE_OK;
 }
 
 void MatchConditions::remove_all() {
   const MutexLock lock(mutex_);
-  while (!list_.empty()) { drop(list_.front()); }
-}
-
-void MatchConditions::drop(MatchConditionImpl* condition) {
-  list_.erase(condition);
-  condition->core().detach_all();
-  delete condition;
+  for (const auto& condition : conditions_) { condition->core().detach_all(); }
+  conditions_.clear();
 }
 
 }  // namespace dds

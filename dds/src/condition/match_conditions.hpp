@@ -1,22 +1,23 @@
 #pragma once
 
 #include <dds/condition.hpp>
+#include <memory>
+#include <vector>
 
 #include "condition/condition_core.hpp"
-#include "util/intrusive_list.hpp"
 
 namespace dds {
 
 class MatchConditionImpl final : public DDSMatchCondition {
  public:
   explicit MatchConditionImpl(OwnerLock& owner) : core_(new ConditionCore(owner)) {}
+  MatchConditionImpl(const MatchConditionImpl&) = delete;
+  MatchConditionImpl& operator=(const MatchConditionImpl&) = delete;
   ~MatchConditionImpl() override { core_->unref(); }
 
   DDS_Boolean get_trigger_value() override { return core_->triggered(); }
   void reset() override;
   ConditionCore& core() override { return *core_; }
-
-  ListHook<MatchConditionImpl> in_entity;  // the entity's match conditions, under its lock
 
  private:
   ConditionCore* core_;  // counted; shared with the wait sets it is attached to
@@ -42,17 +43,16 @@ class MatchConditions {
 
   /// The matches have changed.
   void raise(Notifications& notifications) const DDS_NO_THREAD_SAFETY_ANALYSIS {
-    for (MatchConditionImpl* c = list_.front(); c != nullptr; c = list_.next(c)) { c->core().set(true, notifications); }
+    for (const auto& condition : conditions_) { condition->core().set(true, notifications); }
   }
-  bool empty() const DDS_NO_THREAD_SAFETY_ANALYSIS { return list_.empty(); }
+  bool empty() const DDS_NO_THREAD_SAFETY_ANALYSIS { return conditions_.empty(); }
 
  private:
   DDS_ReturnCode_t try_remove(const DDSMatchCondition* condition) DDS_EXCLUDES(mutex_);
-  void drop(MatchConditionImpl* condition) DDS_REQUIRES(mutex_);
 
   OwnerLock& owner_;
   Mutex& mutex_;  // the owner's
-  IntrusiveList<MatchConditionImpl, &MatchConditionImpl::in_entity> list_ DDS_GUARDED_BY(mutex_);
+  std::vector<std::unique_ptr<MatchConditionImpl>> conditions_ DDS_GUARDED_BY(mutex_);
 };
 
 }  // namespace dds

@@ -32,6 +32,10 @@ class LoanedSample {
   DDS_SampleIdentity_t identity() const { return details::identity_of(*info_); }
   /// The identity of the sample that this one answers.
   DDS_SampleIdentity_t related_identity() const { return info_->related_sample_identity; }
+  /// A copy of the data that outlives the loan.
+  typename Traits::Value value() const {
+    return Traits::to_value(element_ != nullptr ? *element_ : details::empty_value<Element>(), *info_);
+  }
   /// A deep copy that outlives the loan.
   operator Sample<T>() const { return details::copy_sample<T>(data(), *info_); }
 

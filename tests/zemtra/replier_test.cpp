@@ -1,0 +1,113 @@
+// Typed repliers: requests taken by the application, and handlers that are called.
+
+#include <stdexcept>
+#include <vector>
+
+#include "typed_service.hpp"
+
+namespace typed {
+namespace {
+
+class TypedReplier : public TypedService {};
+
+TEST_P(TypedReplier, AnswersARequestInEveryWayAlsoLaterAndFromAnotherThread) {
+  Requester requester = make_requester();
+  Replier replier = make_replier();
+  ASSERT_TRUE(replier.wait_for_requesters(kLong));
+  EXPECT_FALSE(replier.receive_request(1ms));
+  auto pending = requester.send({1, 1}, kLong);
+  ASSERT_TRUE(replier.wait_for_requests(kLong));
+  EXPECT_EQ(replier.read_request()->data().number, 1);
+  EXPECT_EQ(replier.read_requests()[0].data().number, 1);
+  const auto request = replier.take_request();
+  ASSERT_TRUE(request);
+  EXPECT_TRUE(replier.take_requests().empty());
+
+  replier.send_reply(answer(request->data(), "copy"), *request);
+  zemtra::WriteSample<Answer> written(answer(request->data(), "sample"));
+  replier.send_reply(written, request->identity());
+  EXPECT_EQ(written.info().related_sample_identity.sequence_number, pending.identity().sequence_number);
+  Thread([&, identity = request->identity()] { replier.send_reply({1, 1, "thread"}, identity); }).join();
+  for (const char* text : {"copy", "sample", "thread"}) { EXPECT_EQ(pending.next()->data().text, text); }
+
+  auto in_loan = requester.send({1, 2}, kLong);
+  const auto requests = replier.receive_requests(kLong);
+  ASSERT_EQ(requests.size(), 1);
+  replier.send_reply(answer(requests[0].data(), "loan"), requests[0]);
+  EXPECT_EQ(in_loan.next()->data().number, 2);
+  EXPECT_THROW(replier.send_reply({}, DDS_UNKNOWN_SAMPLE_IDENTITY), zemtra::BadParameterException);
+}
+
+TEST_P(TypedReplier, HandlerReturnsTheReplyOrSendsSeveralAlsoLater) {
+  Requester requester = make_requester();
+  {
+    const auto returning = make_handler_replier([](const Question& question) { return answer(question, "returned"); });
+    ASSERT_TRUE(requester.wait_for_service(kLong));
+    EXPECT_EQ(requester.call({1, 1}, kLong).text, "returned");
+  }
+  std::vector<zemtra::ReplySink<Answer>> later;
+  const auto sending = make_handler_replier([&later](const Question& question, const zemtra::ReplySink<Answer>& sink) {
+    sink.send(answer(question, "at once"));
+    later.push_back(sink);
+  });
+  auto pending = requester.send({1, 2}, kLong);
+  EXPECT_EQ(pending.next()->data().text, "at once");
+  Thread([&] { later.at(0).send({1, 2, "later"}); }).join();
+  EXPECT_EQ(pending.next()->data().text, "later");
+}
+
+TEST_P(TypedReplier, ExceptionOfAHandlerIsLoggedAndMayStillBeAnswered) {
+  support::LogRecorder log;
+  const auto handler = [](const Question& question) -> Answer {
+    if (question.number == 1) { throw std::runtime_error("no idea"); }
+    if (question.number == 2) { throw question.number; }  // no std::exception
+    return answer(question, "fine");
+  };
+  const auto on_error = [](const std::exception_ptr& error, const zemtra::ReplySink<Answer>& sink) {
+    try {
+      std::rethrow_exception(error);
+    } catch (const std::runtime_error& known) {
+      sink.send({0, 0, std::string("sorry: ") + known.what()});
+    }  // and what it does not know leaves it
+  };
+  Requester requester = make_requester();
+  const auto replier = make_handler_replier(handler, HandlerReplier::ErrorHandler(on_error));
+  ASSERT_TRUE(requester.wait_for_service(kLong));
+  EXPECT_EQ(requester.call({1, 1}, kLong).text, "sorry: no idea");
+  EXPECT_EQ(log.other_lines().back().text, support::filled(QVX_LOG_ANY_FAILURE_s, "no idea"));
+  auto unanswered = requester.send({1, 2}, 1ms);
+  EXPECT_FALSE(unanswered.next());
+  EXPECT_EQ(log.other_lines().back().text,
+            support::filled(QVX_LOG_ANY_FAILURE_s, "the error handler threw what is no std::exception"));
+  EXPECT_EQ(requester.call({1, 3}, kLong).text, "fine") << "the handler goes on";
+}
+
+TEST_P(TypedReplier, HandlersThatCallOtherServicesAnswer) {
+  expect_topics("Inner");
+  Requester requester = make_requester();
+  zemtra::Requester<std::string, std::string> inner(replier_participant(), "Inner");
+  const zemtra::HandlerReplier<std::string, std::string> echo(replier_participant(), "Inner",
+                                                              [](const std::string& text) { return "inner " + text; });
+  const auto replier = make_handler_replier(
+      [&](const Question& question) { return answer(question, inner.call(std::to_string(question.number), kLong)); });
+  ASSERT_TRUE(requester.wait_for_service(kLong));
+  EXPECT_EQ(requester.call({1, 5}, kLong).text, "inner 5");
+}
+
+TEST_P(TypedReplier, BuiltInTypesTravelThroughTheFrontEnds) {
+  const DDS_KeyedString request{const_cast<char*>("key"), const_cast<char*>("value")};
+  zemtra::Requester<DDS_KeyedString, DDS_Octets> requester(requester_participant(), "Calc");
+  const zemtra::HandlerReplier<DDS_KeyedString, DDS_Octets> replier(
+      replier_participant(), "Calc", [](const DDS_KeyedString& keyed, const zemtra::ReplySink<DDS_Octets>& sink) {
+        std::string text = std::string(keyed.key) + '=' + keyed.value;
+        sink.send({static_cast<DDS_Long>(text.size()), reinterpret_cast<DDS_Octet*>(text.data())});
+      });
+  ASSERT_TRUE(requester.wait_for_service(kLong));
+  const zemtra::Sample<DDS_Octets> reply = requester.call(request, kLong);
+  EXPECT_EQ(std::string(reply.data().value, reply.data().value + reply.data().length), "key=value");
+}
+
+RUN_OVER_EVERY_TRANSPORT(TypedReplier);
+
+}  // namespace
+}  // namespace typed

@@ -1,0 +1,86 @@
+#include <zemtra/details/handler_core.hpp>
+
+#include <dds/data_reader.hpp>
+#include <requestreply/exception.hpp>
+
+#include "log.hpp"
+
+namespace zemtra {
+namespace details {
+
+namespace {
+
+constexpr const char* kContext = "HandlerReplier";
+constexpr int kBatch = 16;  // most requests taken at a time
+
+void log_current_exception(const char* what_failed) noexcept {
+  try {
+    throw;
+  } catch (const std::exception& error) { log_failure(kContext, QVX_LOG_ANY_FAILURE_s, error.what()); } catch (...) {
+    log_failure(kContext, QVX_LOG_ANY_FAILURE_s, what_failed);
+  }
+}
+
+}  // namespace
+
+HandlerCore::HandlerCore(const EntityParams& params, RegisterTypeFunction register_request_type,
+                         RegisterTypeFunction register_reply_type, int samples_size)
+    : replier_(params, register_request_type, register_reply_type, samples_size) {}
+
+HandlerCore::~HandlerCore() = default;
+
+void HandlerCore::start() {
+  check_retcode(replier_.get_datareader()->set_listener(this, DDS_DATA_AVAILABLE_STATUS), kContext,
+                QVX_LOG_ANY_FAILURE_s, "set listener", false);
+  serve();  // what came before there was a listener
+}
+
+void HandlerCore::stop() noexcept {
+  if (replier_.get_datareader()->set_listener(nullptr, 0) != DDS_RETCODE_OK) {
+    log_failure(kContext, QVX_LOG_ANY_FAILURE_s, "remove listener");
+  }
+}
+
+void HandlerCore::on_data_available(DDSDataReader* /*reader*/) { serve(); }
+
+// The thread in `start` and the one that calls the listener may meet here: the first serves for both, so that requests
+// are handled one after the other.
+void HandlerCore::serve() {
+  int seen = 1;
+  if (news_.fetch_add(1) != 0) { return; }
+  while (seen > 0) {
+    while (serve_some()) {}
+    seen = news_.fetch_sub(seen) - seen;
+  }
+}
+
+bool HandlerCore::serve_some() {
+  UntypedLoan loan;
+  try {
+    loan = replier_.lend(kBatch, true);
+  } catch (...) {
+    log_current_exception("take requests");
+    return false;
+  }
+  if (loan.data == nullptr) { return false; }
+  for (int i = 0; i < loan.count; ++i) {
+    if (loan.infos[i].valid_data) { serve_one(loan.data[i], loan.infos[i]); }
+  }
+  replier_.return_loan(loan.data, loan.infos);
+  return loan.count == kBatch;  // what has come meanwhile is told by another call of the listener
+}
+
+void HandlerCore::serve_one(void* request, const DDS_SampleInfo& info) noexcept {
+  try {
+    handle(request, info);
+    return;
+  } catch (...) {
+    log_current_exception("the handler threw what is no std::exception");
+    try {
+      on_error(std::current_exception(), info.sample_identity);
+    } catch (...) { log_current_exception("the error handler threw what is no std::exception"); }
+  }
+}
+
+}  // namespace details
+}  // namespace zemtra
