@@ -4,12 +4,12 @@
 
 namespace DDS {
 
-void swap(DDS_KeyedString& a, DDS_KeyedString& b) {
+void swap(DDS_KeyedString& a, DDS_KeyedString& b) noexcept {
   std::swap(a.key, b.key);
   std::swap(a.value, b.value);
 }
 
-void swap(DDS_KeyedOctets& a, DDS_KeyedOctets& b) {
+void swap(DDS_KeyedOctets& a, DDS_KeyedOctets& b) noexcept {
   std::swap(a.key, b.key);
   std::swap(a.length, b.length);
   std::swap(a.value, b.value);
@@ -60,13 +60,15 @@ Sample<DDS_Octets>& Sample<DDS_Octets>::operator=(SampleRef<DDS_Octets> ref) {
 Sample<DDS_KeyedString>::Sample(SampleRef<DDS_KeyedString> ref) : Base(ref.data(), ref.info(), Check::complete) {}
 
 Sample<DDS_KeyedString>& Sample<DDS_KeyedString>::operator=(SampleRef<DDS_KeyedString> ref) {
-  return *this = Sample(ref);
+  *this = Sample(ref);
+  return *this;
 }
 
 Sample<DDS_KeyedOctets>::Sample(SampleRef<DDS_KeyedOctets> ref) : Base(ref.data(), ref.info(), Check::complete) {}
 
 Sample<DDS_KeyedOctets>& Sample<DDS_KeyedOctets>::operator=(SampleRef<DDS_KeyedOctets> ref) {
-  return *this = Sample(ref);
+  *this = Sample(ref);
+  return *this;
 }
 
 WriteSample<DDS_Octets>::WriteSample(WriteSampleRef<DDS_Octets> ref) : Base(ref.data(), ref.info(), Check::complete) {}

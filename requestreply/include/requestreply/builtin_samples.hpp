@@ -16,9 +16,9 @@
 namespace DDS {
 
 /// Exchanges what the two hold, without copying.
-ZEMTRA_EXPORT void swap(DDS_KeyedString& a, DDS_KeyedString& b);
+ZEMTRA_EXPORT void swap(DDS_KeyedString& a, DDS_KeyedString& b) noexcept;
 /// Exchanges what the two hold, without copying.
-ZEMTRA_EXPORT void swap(DDS_KeyedOctets& a, DDS_KeyedOctets& b);
+ZEMTRA_EXPORT void swap(DDS_KeyedOctets& a, DDS_KeyedOctets& b) noexcept;
 
 }  // namespace DDS
 

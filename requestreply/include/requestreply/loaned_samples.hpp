@@ -105,8 +105,10 @@ class LoanedSamples {
     const_iterator& operator-=(difference_type offset) noexcept { return *this += -offset; }
     const_iterator& operator++() noexcept { return *this += 1; }
     const_iterator& operator--() noexcept { return *this += -1; }
+    // NOLINTBEGIN(cert-dcl21-cpp): a constant result would not be an iterator.
     const_iterator operator++(int) noexcept { return std::exchange(*this, *this + 1); }
     const_iterator operator--(int) noexcept { return std::exchange(*this, *this - 1); }
+    // NOLINTEND(cert-dcl21-cpp)
 
     friend const_iterator operator+(const_iterator it, difference_type offset) noexcept { return it += offset; }
     friend const_iterator operator+(difference_type offset, const_iterator it) noexcept { return it += offset; }

@@ -77,7 +77,10 @@ class Sample : public details::ValueSample<T, DDS_SampleInfo> {
   Sample(T data, const DDS_SampleInfo& info) : Base(std::move(data), info) {}
   Sample(SampleRef<T> ref) : Base(ref.data(), ref.info()) {}
   /// When it throws, the sample is as before; `ref` may designate the sample itself.
-  Sample& operator=(SampleRef<T> ref) { return *this = Sample(ref); }
+  Sample& operator=(SampleRef<T> ref) {
+    *this = Sample(ref);
+    return *this;
+  }
 
   /// Whether the data means anything: false for a sample that only tells of a change of its instance's state.
   bool has_data() const noexcept { return this->info().valid_data; }
@@ -95,7 +98,10 @@ class WriteSample : public details::ValueSample<T, DDS_WriteParams_t> {
   WriteSample(T data, const DDS_WriteParams_t& info) : Base(std::move(data), info) {}
   WriteSample(WriteSampleRef<T> ref) : Base(ref.data(), ref.info()) {}
   /// When it throws, the sample is as before; `ref` may designate the sample itself.
-  WriteSample& operator=(WriteSampleRef<T> ref) { return *this = WriteSample(ref); }
+  WriteSample& operator=(WriteSampleRef<T> ref) {
+    *this = WriteSample(ref);
+    return *this;
+  }
 
   operator WriteSampleRef<T>() noexcept { return {&this->data(), &this->info()}; }
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstring>
 #include <dds/builtin_types.hpp>
 #include <requestreply/exception.hpp>
 #include <requestreply/sample.hpp>
@@ -119,7 +118,7 @@ struct StringPointerTraits : BuiltinTraits<T, char*, DDSStringTypeSupport, DDSSt
 
 /// A check that fails throws `BadParameterException`: a string of the middleware ends with its first NUL.
 inline const char* without_nul(const std::string& value) {
-  if (std::memchr(value.data(), '\0', value.size()) != nullptr) {
+  if (value.find('\0') != std::string::npos) {
     check_retcode(DDS_RETCODE_BAD_PARAMETER, "dds_type_traits<std::string>::Outgoing", DDS_LOG_BAD_PARAMETER_s,
                   "a string with an embedded NUL", false);
   }
