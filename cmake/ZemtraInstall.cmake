@@ -16,4 +16,6 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zemtra)
 set(package_version ${PROJECT_BINARY_DIR}/zemtra-config-version.cmake)
 write_basic_package_version_file(${package_version} COMPATIBILITY SameMinorVersion)
 install(EXPORT zemtra NAMESPACE zemtra:: DESTINATION ${package_dir} FILE zemtra-targets.cmake)
-install(FILES ${PROJECT_SOURCE_DIR}/cmake/zemtra-config.cmake ${package_version} DESTINATION ${package_dir})
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/zemtra-config.cmake ${package_version} ${PROJECT_SOURCE_DIR}/cmake/ZemtraIdl.cmake
+              ${PROJECT_SOURCE_DIR}/cmake/ZemtraIdlGenerate.cmake DESTINATION ${package_dir})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/cmake/idl DESTINATION ${package_dir})

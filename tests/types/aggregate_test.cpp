@@ -1,19 +1,19 @@
 // Aggregates as samples: their CDR, hostile octets, and the copy within one process.
 
-#include <algorithm>
-#include <cstring>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
 #include <dds/dds.hpp>
 #include <zemtra/participant.hpp>
-#include <zemtra/type_traits.hpp>
 
+#include "codec.hpp"
 #include "rich_aggregate.hpp"
 
 namespace {
 
-using Octets = std::vector<unsigned char>;
+using codec::decode;
+using codec::encode;
+using codec::Octets;
 
 struct Mixed {
   std::uint8_t octet;
@@ -50,25 +50,6 @@ struct SameName {
   long value;
 };
 
-template <class T>
-const DDS_TypePlugin& plugin() {
-  return zemtra::details::plugin_of<T>;
-}
-
-template <class T>
-Octets encode(const T& value) {
-  Octets octets(plugin<T>().serialized_size(&value));
-  EXPECT_TRUE(plugin<T>().serialize(&value, octets.data(), octets.size()));
-  return octets;
-}
-template <class T>
-bool decode(const Octets& octets, T& value) {
-  // A copy of just that size, so that the sanitizers see what is read beyond it.
-  const auto exact = std::make_unique<unsigned char[]>(octets.size());
-  std::copy(octets.begin(), octets.end(), exact.get());
-  return plugin<T>().deserialize(&value, exact.get(), octets.size());
-}
-
 const Mixed mixed{7, 0x01020304, std::string("h\0", 2), 5, {true, false}, 1.5};
 const Octets mixed_little = {0, 1, 0, 0,                   // header
                              7, 0, 0, 0,                   // octet, padding
@@ -104,21 +85,7 @@ TEST(Aggregate, OfEveryKindOfMemberComesBackAndIsReused) {
   EXPECT_EQ(read, all);
 }
 
-TEST(Aggregate, IsRefusedWhenItIsCutShortOrTooLong) {
-  const Octets whole = encode(rich::everything());
-  rich::Everything read{};
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    EXPECT_FALSE(decode(Octets(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)), read)) << length;
-    Octets small(length);
-    const rich::Everything all = rich::everything();
-    EXPECT_FALSE(plugin<rich::Everything>().serialize(&all, small.data(), small.size())) << length;
-  }
-  Octets longer = whole;
-  longer.resize(whole.size() + 3);
-  EXPECT_TRUE(decode(longer, read)) << "padding";
-  longer.resize(whole.size() + 4);
-  EXPECT_FALSE(decode(longer, read));
-}
+TEST(Aggregate, IsRefusedUnlessItIsWhole) { codec::expect_refused_unless_whole(rich::everything()); }
 
 TEST(Aggregate, IsRefusedWhenOctetsAreNoValues) {
   const struct {

@@ -35,13 +35,17 @@ void read(eprosima::fastcdr::Cdr& cdr, void* values, std::size_t width, std::siz
 
 }  // namespace
 
-CdrReader::CdrReader(const unsigned char* buffer, std::size_t length) noexcept
-    : failed_(length < cdr_header_size || buffer[0] != 0 || buffer[1] > cdr_little_endian) {
+CdrBody cdr_body(const unsigned char* buffer, std::size_t length) noexcept {
+  if (length < cdr_header_size || buffer[0] != 0 || buffer[1] > cdr_little_endian) { return {nullptr, 0, true, false}; }
+  auto* const octets = const_cast<char*>(reinterpret_cast<const char*>(buffer)) + cdr_header_size;
+  return {octets, length - cdr_header_size, buffer[1] != cdr_big_endian, true};
+}
+
+CdrReader::CdrReader(const unsigned char* buffer, std::size_t length) noexcept {
   static_assert(sizeof(Stream) <= sizeof stream_);
-  const std::size_t header = failed_ ? 0 : cdr_header_size;
-  const bool little_endian = failed_ || buffer[1] != cdr_big_endian;
-  auto* const octets = const_cast<char*>(reinterpret_cast<const char*>(buffer)) + header;  // which are only read
-  new (stream_) Stream(octets, failed_ ? 0 : length - header, little_endian);
+  const CdrBody body = cdr_body(buffer, length);
+  failed_ = !body.valid;
+  new (stream_) Stream(body.octets, body.size, body.little_endian);
 }
 
 CdrReader::~CdrReader() { stream().~Stream(); }
@@ -93,7 +97,7 @@ bool CdrReader::string(const char*& text, std::size_t& size) noexcept {
   return true;
 }
 
-bool CdrReader::complete() noexcept { return !failed_ && stream().remaining() < 4; }
+bool CdrReader::complete() noexcept { return !failed_ && stream().remaining() <= longest_padding; }
 
 }  // namespace details
 }  // namespace zemtra

@@ -9,6 +9,17 @@
 namespace zemtra {
 namespace details {
 
+constexpr std::size_t longest_padding = 3;  // behind a sample
+
+/// What stands behind an encapsulation header.
+struct CdrBody {
+  char* octets;  // only to be read
+  std::size_t size;
+  bool little_endian;
+  bool valid;  // false when there is no such header: the rest is then empty
+};
+CdrBody cdr_body(const unsigned char* buffer, std::size_t length) noexcept;
+
 /// Fast CDR over a buffer that stands behind its encapsulation header.
 struct CdrStream {
   CdrStream(char* octets, std::size_t count, bool little_endian)

@@ -34,10 +34,10 @@ struct DDS_TypePlugin {
   // The rest is optional (null).
 
   /// The key as octets that are equal exactly for equal keys: returns their number and writes them when `capacity`
-  /// suffices. Null for a type without key.
+  /// suffices; the largest number of all when memory is exhausted. Null for a type without key.
   std::size_t (*key)(const void* sample, unsigned char* buffer, std::size_t capacity);
-  /// Copies only the key into an own sample, the rest becoming empty; false when memory is exhausted. Set exactly when
-  /// `key` is.
+  /// Copies the key into an own sample, of which nobody will look at the rest: it becomes empty, or what it is in
+  /// `source`. False when memory is exhausted. Set exactly when `key` is.
   bool (*copy_key)(void* destination, const void* source);
   /// The number of the string member `name`, for filter expressions; negative when there is none.
   int (*find_string_member)(const char* name);

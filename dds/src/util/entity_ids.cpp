@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <new>
 #include <random>
 
 namespace dds {
@@ -29,6 +30,7 @@ void read_key(const DDS_TypePlugin& type, const void* sample, std::string& key) 
   key.resize(key.capacity());
   const auto buffer = [&] { return reinterpret_cast<unsigned char*>(key.data()); };
   const std::size_t size = type.key(sample, buffer(), key.size());
+  if (size == SIZE_MAX) { throw std::bad_alloc(); }
   if (size > key.size()) {
     key.resize(size);
     type.key(sample, buffer(), size);

@@ -36,7 +36,7 @@ struct dds_type_traits {
 
   /// Registers T and returns its name, which lives for ever. Throws the exception of what the participant returns.
   static const char* register_type(DDSTypeSupport* /*type_support*/, DDSDomainParticipant* participant) {
-    return details::register_application_type(participant, details::type_name<T>(), details::plugin_of<T>);
+    return details::register_application_type(participant, details::type_name<T>(), details::plugin_of<T>());
   }
   static DataReader* narrow(DDSDataReader* reader) noexcept { return reader; }
   static DDS_ReturnCode_t return_loan(DataReader& reader, DataSeq& data, DDS_SampleInfoSeq& infos) noexcept {

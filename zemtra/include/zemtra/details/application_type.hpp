@@ -2,6 +2,7 @@
 
 #include <dds/domain_participant.hpp>
 #include <zemtra/details/aggregate_codec.hpp>
+#include <zemtra/details/idl_codec.hpp>
 #include <zemtra/details/type_plugin.hpp>
 #include <zemtra/export.hpp>
 
@@ -17,10 +18,30 @@ struct NoCodec {
 };
 
 template <class T>
-using CodecOf = std::conditional_t<is_carried<T>, AggregateCodec<T>, NoCodec<T>>;
+constexpr auto codec_of() {
+  if constexpr (is_idl_type<T>::value) {
+    return IdlCodec<T>();
+  } else if constexpr (is_carried<T>) {
+    return AggregateCodec<T>();
+  } else {
+    return NoCodec<T>();
+  }
+}
+template <class T>
+using CodecOf = decltype(codec_of<T>());
 
 template <class T>
-inline constexpr DDS_TypePlugin plugin_of = PluginFunctions<T, CodecOf<T>>::plugin();
+DDS_TypePlugin plugin_of() {
+  using Functions = PluginFunctions<T, CodecOf<T>>;
+  DDS_TypePlugin plugin = Functions::plugin();
+  if constexpr (may_have_key<T>::value) {
+    if (T::isKeyDefined()) {
+      plugin.key = &CodecOf<T>::key;
+      plugin.copy_key = &Functions::copy;
+    }
+  }
+  return plugin;
+}
 
 /// Registers a type and returns its name. Throws the exception of what the participant returns, `BadParameterException`
 /// for a null participant.
