@@ -64,8 +64,9 @@ TEST(ReaderCache, RefusesAtCommitWhatWasDiscardedSinceItWasReserved) {
     dds::Notifications notifications;
     dds::Message* none[1];
     dds::ReaderCache::Refusal why = dds::ReaderCache::Refusal::none;
-    const auto reserve = [&](std::uint32_t number) {
+    const auto reserve = [&](std::uint32_t number, dds::MessageKind kind = dds::MessageKind::data) {
       dds::RefPtr<dds::Message> message = pool->acquire();
+      message->kind = kind;
       message->related_identity.sequence_number = {0, number};
       return cache.reserve(message, writer, why);
     };
@@ -82,7 +83,14 @@ TEST(ReaderCache, RefusesAtCommitWhatWasDiscardedSinceItWasReserved) {
     entry = reserve(8);
     ASSERT_NE(entry, nullptr) << "the place is free again";
     EXPECT_TRUE(cache.commit(entry, notifications));
-    EXPECT_EQ(cache.get({dds::kAnyState, nullptr}, 2, false, notifications)->count, 1u);
+    EXPECT_EQ(reserve(9), nullptr);
+    EXPECT_EQ(why, dds::ReaderCache::Refusal::samples);
+
+    entry = reserve(7, dds::MessageKind::dispose);
+    ASSERT_NE(entry, nullptr) << "what only takes effect needs no place";
+    EXPECT_FALSE(cache.commit(entry, notifications));
+    EXPECT_EQ(cache.instances().find("")->state, dds::InstanceState::disposed);
+    EXPECT_EQ(cache.discarded_count(), 2);
   }
   pool->close();
 }

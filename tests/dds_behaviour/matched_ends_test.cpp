@@ -142,7 +142,16 @@ TEST_P(MatchCondition, IsLatchedByEveryChangeUntilItIsReset) {
   EXPECT_EQ(destroy(second), DDS_RETCODE_OK);
 }
 
+struct CountingListener : DDSDataWriterListener, DDSDataReaderListener {
+  void on_publication_matched(DDSDataWriter*, const DDS_PublicationMatchedStatus&) override { ++calls; }
+  void on_subscription_matched(DDSDataReader*, const DDS_SubscriptionMatchedStatus&) override { ++calls; }
+  int calls = 0;
+};
+
 TEST_P(MatchCondition, IsDeletedByItsEntityAlone) {
+  CountingListener listener;
+  writer->set_listener(&listener, DDS_PUBLICATION_MATCHED_STATUS);
+  reader->set_listener(&listener, DDS_SUBSCRIPTION_MATCHED_STATUS);
   DDSMatchCondition* condition = create();
   DDSMatchCondition* foreign = GetParam() ? reader->create_match_condition() : writer->create_match_condition();
   DDSWaitSet waitset;
@@ -152,11 +161,14 @@ TEST_P(MatchCondition, IsDeletedByItsEntityAlone) {
   EXPECT_EQ(remove_end(), DDS_RETCODE_PRECONDITION_NOT_MET);
   come();
   EXPECT_TRUE(condition->get_trigger_value()) << "the entity is as before";
+  EXPECT_EQ(listener.calls, 1);
   EXPECT_EQ(destroy(condition), DDS_RETCODE_OK);
   DDSConditionSeq attached;
   EXPECT_EQ(waitset.get_conditions(attached), DDS_RETCODE_OK);
   EXPECT_EQ(attached.length(), 0);
   EXPECT_EQ(destroy(condition), DDS_RETCODE_PRECONDITION_NOT_MET);
+  writer->set_listener(nullptr, DDS_STATUS_MASK_NONE);
+  reader->set_listener(nullptr, DDS_STATUS_MASK_NONE);
   EXPECT_EQ(remove_end(), DDS_RETCODE_OK);
   EXPECT_EQ(participant->delete_contained_entities(), DDS_RETCODE_OK) << "with the conditions that are left";
 }
