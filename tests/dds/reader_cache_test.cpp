@@ -1,57 +1,51 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <random>
 #include <set>
+#include <vector>
 
 #include "cache/reader_cache.hpp"
 #include "types/builtin_plugins.hpp"
 
 namespace {
 
-std::size_t runs(const std::set<std::uint64_t>& keys) {
-  std::size_t count = 0;
-  for (const std::uint64_t key : keys) { count += key == 0 || keys.count(key - 1) == 0 ? 1u : 0u; }
-  return count;
-}
-
-TEST(DiscardedKeys, AreASetThatKeepsOneIntervalForEachRunOfKeys) {
-  constexpr std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
-  for (unsigned seed = 1; seed <= 20; ++seed) {
-    std::mt19937_64 random(seed);
-    const std::uint64_t bases[] = {0, 1000, last - 63};  // both ends of the range, and somewhere between
-    dds::DiscardedKeys discarded;
-    std::set<std::uint64_t> model;
-    for (int i = 0; i < 300; ++i) {
-      const std::uint64_t key = bases[random() % 3] + random() % 64;
-      discarded.add(key);
-      model.insert(key);
-      ASSERT_EQ(discarded.interval_count(), runs(model));
-    }
-    for (const std::uint64_t base : bases) {
-      for (std::uint64_t key = base; key - base < 64; ++key) {
-        ASSERT_EQ(discarded.contains(key), model.count(key) > 0) << key;
-      }
-    }
-    ASSERT_FALSE(discarded.contains(500));
+// In any order, at both ends of the range and somewhere between, also across the borders of blocks.
+TEST(DiscardedKeys, AreASet) {
+  constexpr std::uint64_t size = dds::DiscardedKeys::block_size, width = 2 * size;
+  const std::uint64_t bases[] = {0, 5 * size, std::numeric_limits<std::uint64_t>::max() - width + 1};
+  std::vector<std::uint64_t> keys;
+  for (const std::uint64_t base : bases) {
+    for (std::uint64_t i = 0; i < width; ++i) { keys.push_back(base + i); }
   }
-}
-
-TEST(DiscardedKeys, InNearlyAscendingOrderStayOneInterval) {
-  constexpr std::uint64_t count = 1000000, shuffled = 16;
   std::mt19937_64 random(1);
+  std::shuffle(keys.begin(), keys.end(), random);
   dds::DiscardedKeys discarded;
-  std::uint64_t block[shuffled];
-  for (std::uint64_t first = 1; first <= count; first += shuffled) {
-    for (std::uint64_t i = 0; i < shuffled; ++i) { block[i] = first + i; }
-    std::shuffle(std::begin(block), std::end(block), random);
-    for (const std::uint64_t key : block) {
-      discarded.add(key);
-      ASSERT_LE(discarded.interval_count(), shuffled / 2 + 1);
-    }
-    ASSERT_EQ(discarded.interval_count(), 1u);
+  std::set<std::uint64_t> model;
+  for (const std::uint64_t key : keys) {
+    ASSERT_FALSE(discarded.contains(key));
+    discarded.add(key);
+    discarded.add(key);
+    model.insert(key);
+    const std::uint64_t other = keys[random() % keys.size()];
+    ASSERT_EQ(discarded.contains(other), model.count(other) > 0) << other;
   }
+  EXPECT_FALSE(discarded.contains(3 * size));
+  for (const std::uint64_t key : keys) { ASSERT_TRUE(discarded.contains(key)) << key; }
+  EXPECT_EQ(discarded.part_count(), 7u) << "three runs of full blocks, and four blocks that begin or end beyond";
+}
+
+TEST(DiscardedKeys, TakeNextToNothingInOrderAndABitEachWithGaps) {
+  constexpr std::uint64_t count = 1000000;
+  dds::DiscardedKeys all, every_other;
+  for (std::uint64_t key = 1; key <= count; ++key) {
+    all.add(key);
+    ASSERT_LE(all.part_count(), 2u);
+    if (key % 2 == 0) { every_other.add(key); }
+  }
+  EXPECT_LE(every_other.part_count(), count / dds::DiscardedKeys::block_size + 1);
 }
 
 TEST(ReaderCache, RefusesAtCommitWhatWasDiscardedSinceItWasReserved) {

@@ -39,9 +39,9 @@ class DDS_EXPORT DDSDataReader : public DDSEntity {
   /// From now on, and for ever, the reader wants no samples whose related identity has the sequence number of `key`.
   /// Those that it holds are removed; loans stay as they are. Those that arrive later are dropped before they take
   /// room, so that they keep no writer waiting, and change no status and no condition; what they tell of the end of an
-  /// instance that the reader knows still takes effect. Remembering keys takes memory for each run of consecutive ones,
-  /// not for each one. `DDS_RETCODE_BAD_PARAMETER` for an unknown index, `DDS_RETCODE_OUT_OF_RESOURCES` when memory is
-  /// exhausted, nothing having changed.
+  /// instance that the reader knows still takes effect. Remembering keys takes next to no memory for consecutive ones,
+  /// and a bit for each of the others. `DDS_RETCODE_BAD_PARAMETER` for an unknown index,
+  /// `DDS_RETCODE_OUT_OF_RESOURCES` when memory is exhausted, nothing having changed.
   virtual DDS_ReturnCode_t discard_index_key(const char* index_name, const DDS_SampleInfo& key) = 0;
   /// How many samples have been removed or dropped because of their discarded keys.
   virtual DDS_ReturnCode_t get_discarded_sample_count(DDS_LongLong& count) = 0;
