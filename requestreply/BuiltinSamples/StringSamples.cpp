@@ -23,6 +23,9 @@ template ZEMTRA_EXPORT SampleBaseCharPtr<DDS_SampleInfo, false>::~SampleBaseChar
 template ZEMTRA_EXPORT SampleBaseCharPtr<DDS_SampleInfo, true>::~SampleBaseCharPtr();
 template ZEMTRA_EXPORT SampleBaseCharPtr<DDS_WriteParams_t, false>::~SampleBaseCharPtr();
 template ZEMTRA_EXPORT SampleBaseCharPtr<DDS_WriteParams_t, true>::~SampleBaseCharPtr();
+template ZEMTRA_EXPORT SampleBaseCharPtr<DDS_SampleInfo, false>& SampleBaseCharPtr<DDS_SampleInfo, false>::operator=(
+    Ref);
+template ZEMTRA_EXPORT SampleBaseCharPtr<DDS_SampleInfo, true>& SampleBaseCharPtr<DDS_SampleInfo, true>::operator=(Ref);
 
 }  // namespace details
 

@@ -54,19 +54,21 @@ TEST_P(Matching, HalvesOfTwoRepliersAreNoneAndThePolicyIsNamed) {
       zemtra::RequesterParams(requester_participant()).service_name("Calc").datawriter_qos(writer_qos));
   const Replier hears_nothing = make_replier_with(reliable, reliable);
   EXPECT_FALSE(requester.wait_for_service(1ms));
-  EXPECT_EQ(requester.explain(),
-            "no replier is matched on \"CalcRequest\" and 1 replier is matched on \"CalcReply\"; 1 refused on "
-            "\"CalcRequest\", last because of the policy RELIABILITY");
+  EXPECT_EQ(
+      requester.explain(),
+      "no replier is matched on \"CalcRequest\" and 1 replier is matched on \"CalcReply\"; so far 1 was refused on "
+      "\"CalcRequest\", last because of the policy RELIABILITY");
   const Replier is_not_heard = make_replier_with(best_effort, best_effort);
   EXPECT_FALSE(requester.wait_for_service(1ms));
   EXPECT_EQ(requester.explain(),
-            "1 replier is matched on \"CalcRequest\" and 1 replier is matched on \"CalcReply\", but none on both; 1 "
-            "refused on \"CalcRequest\", last because of the policy RELIABILITY; 1 refused on \"CalcReply\", last "
-            "because of the policy RELIABILITY");
-  EXPECT_EQ(is_not_heard.matched_requesters(), 0);
-  EXPECT_EQ(is_not_heard.explain(),
-            "1 requester is matched on \"CalcRequest\" and no requester is matched on \"CalcReply\"; 1 refused on "
+            "1 replier is matched on \"CalcRequest\" and 1 replier is matched on \"CalcReply\", but none on both; so "
+            "far 1 was refused on \"CalcRequest\", last because of the policy RELIABILITY; so far 1 was refused on "
             "\"CalcReply\", last because of the policy RELIABILITY");
+  EXPECT_EQ(is_not_heard.matched_requesters(), 0);
+  EXPECT_EQ(
+      is_not_heard.explain(),
+      "1 requester is matched on \"CalcRequest\" and no requester is matched on \"CalcReply\"; so far 1 was refused on "
+      "\"CalcReply\", last because of the policy RELIABILITY");
   const Replier whole = make_replier_with(best_effort, reliable);
   EXPECT_TRUE(requester.wait_for_service(kLong));
   EXPECT_EQ(requester.matched_repliers(), 1);

@@ -25,7 +25,7 @@ TEST_P(TypedReplier, AnswersARequestInEveryWayAlsoLaterAndFromAnotherThread) {
 
   replier.send_reply(answer(request->data(), "copy"), *request);
   zemtra::WriteSample<Answer> written(answer(request->data(), "sample"));
-  replier.send_reply(written, request->identity());
+  replier.send_reply(written, *request);
   EXPECT_EQ(written.info().related_sample_identity.sequence_number, pending.identity().sequence_number);
   Thread([&, identity = request->identity()] { replier.send_reply({1, 1, "thread"}, identity); }).join();
   for (const char* text : {"copy", "sample", "thread"}) { EXPECT_EQ(pending.next()->data().text, text); }
@@ -80,6 +80,26 @@ TEST_P(TypedReplier, ExceptionOfAHandlerIsLoggedAndMayStillBeAnswered) {
   EXPECT_EQ(log.other_lines().back().text,
             support::filled(QVX_LOG_ANY_FAILURE_s, "the error handler threw what is no std::exception"));
   EXPECT_EQ(requester.call({1, 3}, kLong).text, "fine") << "the handler goes on";
+}
+
+TEST_P(TypedReplier, HandlerGetsAllRequestsThatWaitHoweverFewOneReadGives) {
+  Requester requester = make_requester();
+  DDS_DataReaderQos qos;
+  qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+  qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+  qos.reader_resource_limits.max_samples_per_read = 3;
+  std::vector<zemtra::PendingRequest<Answer>> pending;
+  const HandlerReplier replier(zemtra::ReplierParams(replier_participant()).service_name("Calc").datareader_qos(qos),
+                               [&](const Question& question) {
+                                 // While the first is handled, ten more arrive.
+                                 for (int i = 1; question.number == 0 && i <= 10; ++i) {
+                                   pending.push_back(requester.send({1, i}, kLong));
+                                 }
+                                 return answer(question);
+                               });
+  ASSERT_TRUE(requester.wait_for_service(kLong));
+  EXPECT_EQ(requester.call({1, 0}, kLong).number, 0);
+  for (int i = 1; i <= 10; ++i) { EXPECT_EQ(pending.at(static_cast<std::size_t>(i - 1)).next()->data().number, i); }
 }
 
 TEST_P(TypedReplier, HandlersThatCallOtherServicesAnswer) {

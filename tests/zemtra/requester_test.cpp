@@ -1,5 +1,6 @@
 // What an application gets out of a typed requester.
 
+#include <atomic>
 #include <vector>
 
 #include "typed_service.hpp"
@@ -60,6 +61,7 @@ TEST_P(TypedRequester, PendingRequestHandsOutRepliesAsTheyComeUntilACountAPredic
   ASSERT_TRUE(requester.wait_for_service(kLong));
   auto pending = requester.send({1, 1}, kLong);
   reply_to_next(replier, {"a", "b", "c", "d", "stop", "e"});
+  EXPECT_EQ(texts(pending.replies(0)), Texts{});
   EXPECT_EQ(texts(pending.replies(2)), (Texts{"a", "b"}));
   EXPECT_EQ(pending.next()->data().text, "c");
   EXPECT_EQ(texts(pending.until([](const auto& reply) { return reply.data().text == "stop"; })), (Texts{"d", "stop"}));
@@ -104,6 +106,7 @@ TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
   EXPECT_FALSE(requester.take_reply(first));
   EXPECT_TRUE(requester.receive_replies(first, 1ms).empty());
   EXPECT_THROW(requester.receive_replies(first, 0ms), zemtra::BadParameterException);
+  EXPECT_THROW(make_requester().take_reply(first), zemtra::BadParameterException) << "another requester's";
   reply_to_next(replier, {"1a", "1b", "1c"});
   reply_to_next(replier, {"2a", "2b", "2c", "2d"});
 
@@ -123,6 +126,29 @@ TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
   ASSERT_EQ(last.size(), 1);
   EXPECT_EQ(last[0].related_identity().sequence_number, second.sequence_number);
   EXPECT_EQ(requester.discarded_replies(), 0);
+}
+
+TEST_P(TypedRequester, IsNotKeptWaitingByOneWhoReadsItsReply) {
+  Requester requester = make_requester();
+  Replier replier = make_replier();
+  ASSERT_TRUE(requester.wait_for_service(kLong));
+  for (int i = 0; i < scaled(200); ++i) {
+    std::atomic<bool> over{false};
+    Thread reading([&] {
+      while (!over) { requester.read_replies(); }
+    });
+    Thread answering([&] { reply_to_next(replier, {"seen"}); });
+    EXPECT_EQ(requester.call({1, i}, kLong).text, "seen");
+    over = true;
+  }
+}
+
+TEST_P(TypedRequester, RefusesTopicsOfAnotherType) {
+  Requester requester = make_requester();
+  const auto other_types = [&] { zemtra::Requester<Answer, Question>(requester_participant(), "Calc"); };
+  EXPECT_THROW(other_types(), zemtra::PreconditionNotMetException);
+  const auto builtin_type = [&] { zemtra::Replier<Question, std::string>(requester_participant(), "Calc"); };
+  EXPECT_THROW(builtin_type(), zemtra::PreconditionNotMetException);
 }
 
 TEST_P(TypedRequester, AbandonsItsOwnRequestsOnly) {

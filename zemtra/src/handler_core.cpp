@@ -36,6 +36,7 @@ void HandlerCore::start() {
 }
 
 void HandlerCore::stop() noexcept {
+  stopping_ = true;
   if (replier_.get_datareader()->set_listener(nullptr, 0) != DDS_RETCODE_OK) {
     log_failure(kContext, QVX_LOG_ANY_FAILURE_s, "remove listener");
   }
@@ -55,19 +56,20 @@ void HandlerCore::serve() {
 }
 
 bool HandlerCore::serve_some() {
+  const int most = replier_.most_at_once(kBatch);
   UntypedLoan loan;
   try {
-    loan = replier_.lend(kBatch, true);
+    loan = replier_.lend(most, true);
   } catch (...) {
     log_current_exception("take requests");
     return false;
   }
   if (loan.data == nullptr) { return false; }
-  for (int i = 0; i < loan.count; ++i) {
+  for (int i = 0; i < loan.count && !stopping_; ++i) {
     if (loan.infos[i].valid_data) { serve_one(loan.data[i], loan.infos[i]); }
   }
   replier_.return_loan(loan.data, loan.infos);
-  return loan.count == kBatch;  // what has come meanwhile is told by another call of the listener
+  return loan.count == most && !stopping_;  // what has come meanwhile is told by another call of the listener
 }
 
 void HandlerCore::serve_one(void* request, const DDS_SampleInfo& info) noexcept {

@@ -64,16 +64,24 @@ std::vector<DDS_PublicationBuiltinTopicData> matched_writers(DDSDataReader& read
 
 std::string participant_name(const DDS_GUID_t& guid) { return "participant " + property_value(guid); }
 
-/// A replier is known by its writer's GUID, which its reader names; a reader that does not is known by its participant.
+const char* find_value(const DDS_PropertyQosPolicy& policy, const char* name) {
+  const DDS_Property_t* property = DDSPropertyQosPolicyHelper::lookup_property(policy, name);
+  return property == nullptr ? nullptr : property->value;
+}
+
+/// A replier is known by its writer's GUID, which its reader names. Repliers of which neither end says so are known by
+/// their participant.
 Ends find_repliers(DDSDataWriter& request_writer, DDSDataReader& reply_reader) {
   Ends ends;
   for (const auto& reader : matched_readers(request_writer)) {
-    const DDS_Property_t* name = DDSPropertyQosPolicyHelper::lookup_property(reader.property, kReplyWriterProperty);
-    ends.on_request_topic.insert(name == nullptr ? participant_name(reader.participant_key) : name->value);
+    const char* named = find_value(reader.property, kReplyWriterProperty);
+    ends.on_request_topic.insert(named == nullptr ? participant_name(reader.participant_key) : named);
   }
   for (const auto& writer : matched_writers(reply_reader)) {
     ends.on_reply_topic.insert(property_value(writer.key));
-    ends.also_on_reply_topic.insert(participant_name(writer.participant_key));
+    if (find_value(writer.property, kNamedWriterProperty) == nullptr) {
+      ends.also_on_reply_topic.insert(participant_name(writer.participant_key));
+    }
   }
   return ends;
 }
@@ -110,8 +118,8 @@ std::string counted(std::size_t count, const std::string& end) {
 template <class Status>
 std::string refusal(const Status& status, const std::string& topic) {
   if (status.total_count == 0) { return {}; }
-  return "; " + std::to_string(status.total_count) + " refused on " + topic + ", last because of the policy " +
-         DDS_QosPolicyId_get_name(status.last_policy_id);
+  return "; so far " + std::to_string(status.total_count) + (status.total_count == 1 ? " was" : " were") +
+         " refused on " + topic + ", last because of the policy " + DDS_QosPolicyId_get_name(status.last_policy_id);
 }
 
 }  // namespace

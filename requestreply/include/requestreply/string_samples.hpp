@@ -97,6 +97,8 @@ extern template SampleBaseCharPtr<DDS_SampleInfo, false>::~SampleBaseCharPtr();
 extern template SampleBaseCharPtr<DDS_SampleInfo, true>::~SampleBaseCharPtr();
 extern template SampleBaseCharPtr<DDS_WriteParams_t, false>::~SampleBaseCharPtr();
 extern template SampleBaseCharPtr<DDS_WriteParams_t, true>::~SampleBaseCharPtr();
+extern template SampleBaseCharPtr<DDS_SampleInfo, false>& SampleBaseCharPtr<DDS_SampleInfo, false>::operator=(Ref);
+extern template SampleBaseCharPtr<DDS_SampleInfo, true>& SampleBaseCharPtr<DDS_SampleInfo, true>::operator=(Ref);
 
 }  // namespace details
 

@@ -48,10 +48,11 @@ class Deadline {
       : Deadline(Duration(from_now)) {}
 
   bool passed() const noexcept { return at_ != Clock::time_point::max() && Clock::now() >= at_; }
-  /// Negative or zero once the deadline has passed.
+  /// Zero once the deadline has passed.
   Duration remaining() const noexcept {
     if (at_ == Clock::time_point::max()) { return DDS_DURATION_INFINITE; }
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(at_ - Clock::now());
+    const Clock::time_point now = Clock::now();
+    return now >= at_ ? Clock::duration::zero() : at_ - now;
   }
 
  private:

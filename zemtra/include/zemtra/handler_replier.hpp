@@ -40,14 +40,18 @@ class ReplySink {
 ///     zemtra::HandlerReplier<Question, Answer> replier(participant, "Oracle", [](const Question& q) { return ... });
 ///
 /// The handler takes the request (for `std::string` and the other built-in types also what the elements of a loan give
-/// as `data()`) and either returns the reply, or takes a `ReplySink<TRep>` as well and returns nothing.
+/// as `data()`) and either returns the reply (of the built-in structures and string pointers a `Sample` that owns it),
+/// or takes a `ReplySink<TRep>` as well and returns nothing.
 ///
-/// It is called by the thread that delivers the request (in one process the one that sends it), for one request after
-/// the other, under no lock; it may use requesters and repliers, this one's sinks included. What it does not answer is
-/// not answered. An exception that leaves it is logged and goes to the error handler, which may still answer; what
-/// leaves that is logged. Requests that arrived before the handler was set are handled on the constructing thread.
+/// It is called by the thread that delivers the request (in one process the one that sends it, which may then have to
+/// handle those of other threads, too), for one request after the other, in the order of arrival (of types with a key:
+/// of each instance), under no lock. It may use requesters and repliers, this one's sinks included, but to call its own
+/// service is to wait for itself. What it does not answer is not answered. An exception that leaves it is logged and
+/// goes to the error handler, which may still answer; what leaves that is logged. Requests that arrived before the
+/// handler was set are handled on the constructing thread.
 ///
-/// Move-only. Destroying it waits for a running handler, and so must not be done by one.
+/// Move-only. Destroying it waits for a running handler, and so must not be done by one; requests that wait for it are
+/// dropped.
 template <class TReq, class TRep>
 class HandlerReplier {
   using RequestTraits = dds_type_traits<TReq>;
@@ -73,14 +77,18 @@ class HandlerReplier {
   int matched_requesters() const { return core_->replier().match().complete_ends(); }
   std::string explain() const { return core_->replier().match().explain(); }
 
-  /// What is underneath. Belongs to the replier; the reader's listener is not to be replaced.
+  // What is underneath. Belongs to the replier; the reader's listener is not to be replaced.
+
+  DDSDataReader* request_datareader() const noexcept { return core_->replier().get_datareader(); }
+  DDSDataWriter* reply_datawriter() const noexcept { return core_->replier().get_datawriter(); }
   details::ReplierUntypedImpl& untyped() const noexcept { return core_->replier(); }
 
  private:
   template <class Handler>
   class Core final : public details::HandlerCore {
     using Argument = typename RequestTraits::ConstReference;
-    static constexpr bool kReturnsReply = std::is_invocable_r_v<TRep, Handler&, Argument>;
+    using Returned = typename ReplyTraits::Value;
+    static constexpr bool kReturnsReply = std::is_invocable_r_v<Returned, Handler&, Argument>;
     static_assert(kReturnsReply || std::is_invocable_v<Handler&, Argument, Sink>,
                   "the handler takes a request and returns a reply, or takes a request and a reply sink");
 
@@ -98,7 +106,12 @@ class HandlerReplier {
       const Sink sink(replier(), info.sample_identity);
       Argument argument = RequestTraits::present(*static_cast<typename RequestTraits::Element*>(request), info);
       if constexpr (kReturnsReply) {
-        sink.send(handler_(argument));
+        const Returned reply = handler_(argument);
+        if constexpr (std::is_same_v<Returned, TRep>) {
+          sink.send(reply);
+        } else {
+          sink.send(reply.data());
+        }
       } else {
         handler_(argument, sink);
       }

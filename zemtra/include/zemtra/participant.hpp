@@ -19,9 +19,11 @@ class ZEMTRA_TYPED_EXPORT Participant {
 
   /// Null once it has been moved from.
   DDSDomainParticipant* get() const noexcept { return participant_; }
-  // Implicit, so that it stands wherever the application's own participant could.
-  operator DDSDomainParticipant*() const noexcept { return participant_; }  // NOLINT(google-explicit-constructor)
   DDSDomainParticipant* operator->() const noexcept { return participant_; }
+  // Implicit, so that it stands wherever the application's own participant could; not for a temporary, which would be
+  // gone before what is created in it.
+  operator DDSDomainParticipant*() const& noexcept { return participant_; }  // NOLINT(google-explicit-constructor)
+  operator DDSDomainParticipant*() const&& = delete;
 
  private:
   DDSDomainParticipant* participant_;  // owned

@@ -72,17 +72,17 @@ class PendingRequest {
   }
 
   /// All replies until the deadline, in a range-based for.
-  auto begin() { return Iterator<Never>(*this, Never()); }
+  auto begin() { return Iterator<Never>(*this, Never(), false); }
   auto end() const noexcept { return End(); }
 
-  /// At most `count` replies, which is positive, until the deadline. As of `until`, the result is a range for one pass
-  /// that refers to the pending request.
-  auto replies(int count) & { return until(Countdown{count}); }
+  /// At most `count` replies until the deadline; none for zero or less. As of `until`, the result is a range for one
+  /// pass that refers to the pending request.
+  auto replies(int count) & { return Replies<Countdown>{*this, Countdown{count}, count <= 0}; }
   /// The replies until the deadline or the one of which `is_last` is true; that one is the last. `is_last` is asked
   /// once for each reply, after it has been used.
   template <class IsLast>
   auto until(IsLast is_last) & {
-    return Replies<IsLast>{*this, std::move(is_last)};
+    return Replies<IsLast>{*this, std::move(is_last), false};
   }
 
  private:
@@ -98,8 +98,8 @@ class PendingRequest {
   template <class IsLast>
   class Iterator {
    public:
-    Iterator(PendingRequest& pending, IsLast is_last)
-        : pending_(pending), is_last_(std::move(is_last)), reply_(pending.next()) {}
+    Iterator(PendingRequest& pending, IsLast is_last, bool at_end)
+        : pending_(pending), is_last_(std::move(is_last)), reply_(at_end ? std::nullopt : pending.next()) {}
     const Reply& operator*() const { return *reply_; }
     const Reply* operator->() const { return &*reply_; }
     Iterator& operator++() {
@@ -119,7 +119,8 @@ class PendingRequest {
   struct Replies {
     PendingRequest& pending;
     IsLast is_last;
-    auto begin() { return Iterator<IsLast>(pending, is_last); }
+    bool is_empty;
+    auto begin() { return Iterator<IsLast>(pending, is_last, is_empty); }
     auto end() const { return End(); }
   };
 
@@ -129,16 +130,16 @@ class PendingRequest {
     if (closed_) { return false; }
     // What has arrived in time is still taken when the deadline passes, once, so that a stream of replies ends.
     closed_ = deadline_.passed();
-    const int most = closed_ ? DDS_LENGTH_UNLIMITED : kBatch;
-    details::UntypedLoan loan = requester_->lend(identity_, most, true);
+    details::UntypedLoan loan = lend();
     if (loan.data == nullptr && !closed_) {
-      if (!requester_->wait_for_replies(deadline_.remaining(), 1, identity_)) { return false; }
-      loan = requester_->lend(identity_, most, true);
+      closed_ = !requester_->await_reply(identity_, deadline_.remaining());
+      loan = lend();
     }
     if (loan.data == nullptr) { return !closed_; }
     arrived_ = details::create_loaned_samples<TRep>(loan.data, loan.count, loan.infos, reader_);
     return true;
   }
+  details::UntypedLoan lend() { return requester_->lend(identity_, closed_ ? DDS_LENGTH_UNLIMITED : kBatch, true); }
   void give_back() noexcept {
     arrived_ = LoanedSamples<TRep>();
     position_ = 0;

@@ -14,6 +14,24 @@
 
 namespace zemtra {
 
+/// The request that a reply is for: its identity, or the received sample itself, a copy, a reference or an element of a
+/// loan. Made where it is needed, by conversion.
+template <class TReq>
+class ToRequest {
+ public:
+  // NOLINTBEGIN(google-explicit-constructor): see above
+  ToRequest(const DDS_SampleIdentity_t& identity) noexcept : identity_(identity) {}
+  ToRequest(const Sample<TReq>& request) : identity_(request.identity()) {}
+  ToRequest(const LoanedSample<TReq>& request) : identity_(request.identity()) {}
+  ToRequest(const SampleRef<TReq>& request) : identity_(request.identity()) {}
+  // NOLINTEND(google-explicit-constructor)
+
+  const DDS_SampleIdentity_t& identity() const noexcept { return identity_; }
+
+ private:
+  DDS_SampleIdentity_t identity_;
+};
+
 /// Receives requests of type `TReq` and answers each with any number of replies of type `TRep`, at once or later, from
 /// any thread. For a handler that is called for each request see `HandlerReplier`.
 ///
@@ -40,7 +58,8 @@ class Replier {
                                                      RequestTraits::sample_size)),
         reader_(RequestTraits::narrow(core_->get_datareader())) {}
 
-  /// Waits for a request and takes it; empty when the time is over before. `max_wait` may not be zero.
+  /// Waits for a request and takes it; empty when the time is over before. `max_wait` may not be zero. Should the copy
+  /// fail for want of memory, the request is gone all the same; that is true of `take_request` as well.
   std::optional<Request> receive_request(const Duration& max_wait) { return first(core_->receive(max_wait, 1, 1)); }
   /// Waits for `min_count` requests and takes up to `max_count`; empty when the time is over before. `max_wait` may not
   /// be zero; `BadParameterException` for counts that make no sense.
@@ -59,21 +78,19 @@ class Replier {
   std::optional<Request> read_request() { return first(core_->lend(1, false)); }
   Requests read_requests(int max_count = DDS_LENGTH_UNLIMITED) { return all(core_->lend(max_count, false)); }
 
-  /// Writes a reply to a request: to its identity, or to the received sample itself, a copy or an element of a loan. A
-  /// requester that has gone meanwhile is no failure. `BadParameterException` for an identity that no request can have,
-  /// `TimeoutException` when the requester stayed full for the writer's maximum blocking time.
-  void send_reply(const TRep& reply, const DDS_SampleIdentity_t& request) {
+  /// Writes a reply to a request. A requester that has gone meanwhile is no failure. `BadParameterException` for an
+  /// identity that no request can have, `TimeoutException` when the requester stayed full for the writer's maximum
+  /// blocking time.
+  void send_reply(const TRep& reply, const ToRequest<TReq>& request) {
     DDS_WriteParams_t params;
     write(reply, request, params);
   }
-  void send_reply(const TRep& reply, const Request& request) { send_reply(reply, request.identity()); }
-  void send_reply(const TRep& reply, const LoanedSample<TReq>& request) { send_reply(reply, request.identity()); }
   /// The same with write parameters, in which the reply's identity and the request's are left.
-  void send_reply(WriteSample<TRep>& reply, const DDS_SampleIdentity_t& request) {
+  void send_reply(WriteSample<TRep>& reply, const ToRequest<TReq>& request) {
     write(reply.data(), request, reply.info());
   }
   template <class Ref, std::enable_if_t<std::is_same_v<Ref, WriteSampleRef<TRep>>, int> = 0>
-  void send_reply(Ref reply, const DDS_SampleIdentity_t& request) {
+  void send_reply(Ref reply, const ToRequest<TReq>& request) {
     write(reply.data(), request, reply.info());
   }
 
@@ -95,9 +112,9 @@ class Replier {
   details::ReplierUntypedImpl& untyped() const noexcept { return *core_; }
 
  private:
-  void write(const TRep& reply, const DDS_SampleIdentity_t& request, DDS_WriteParams_t& params) {
+  void write(const TRep& reply, const ToRequest<TReq>& request, DDS_WriteParams_t& params) {
     const typename ReplyTraits::Outgoing outgoing(reply);
-    core_->send_sample(outgoing.get(), request, params);
+    core_->send_sample(outgoing.get(), request.identity(), params);
   }
   Requests all(details::UntypedLoan loan) const {
     if (loan.data == nullptr) { return {}; }

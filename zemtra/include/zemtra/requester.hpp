@@ -19,7 +19,11 @@ namespace zemtra {
 /// There are three ways to use one, from the shortest to the most open: `call` waits for one reply; `send` gives a
 /// pending request, over whose replies one iterates; `send_request` gives the request's identity, under which, or under
 /// none for any reply, replies are then waited for, received, taken and read. Only replies of the third way stay until
-/// somebody takes them or abandons the request.
+/// somebody takes them or abandons the request. Abandon such a request when you are done with it: until then the reader
+/// has to remember it among those that are over.
+///
+/// Whoever receives or takes any reply may get one that a call or a pending request waits for; so do not mix these in
+/// one requester. Identities are those of this requester's own requests: `BadParameterException` for others.
 ///
 /// Results are either loans (`LoanedSamples<TRep>`, the replies), valid until destroyed, in the reader's memory, or
 /// copies (`Sample<TRep>`, one reply). No result means that there was none in time; that is no failure. Failures throw
@@ -47,8 +51,10 @@ class Requester {
   // Calling.
 
   /// Sends a request and returns the data of the first reply; `TimeoutException` when none has come by then. Whatever
-  /// else is replied to the request is thrown away. In the steady state this allocates no more than a copy of the reply
-  /// does.
+  /// else is replied to the request is thrown away. The time-out is that of the wait for the reply: it begins when the
+  /// request has been written, which a full replier may delay by the writer's maximum blocking time, and which in one
+  /// process includes the replier's handler, if it has one. In the steady state this allocates no more than a copy of
+  /// the reply does.
   typename ReplyTraits::Value call(const TReq& request, const Duration& timeout) {
     const details::AbandonedAtEnd sent(*core_, send_request(request));
     const Replies reply = all(core_->first_reply(sent.request, timeout));
@@ -77,7 +83,8 @@ class Requester {
 
   // Receiving: waiting and taking.
 
-  /// The first reply that there is; empty when the time is over before.
+  /// Takes the first reply that there is; empty when the time is over before. `max_wait` may not be zero. Should the
+  /// copy fail for want of memory, the reply is gone all the same; that is true of all that take a single one.
   std::optional<Reply> receive_reply(const Duration& max_wait) { return first(core_->receive(max_wait, 1, 1)); }
   std::optional<Reply> receive_reply(const DDS_SampleIdentity_t& request, const Duration& max_wait) {
     return first(core_->receive(request, max_wait, 1, 1));
@@ -96,7 +103,7 @@ class Requester {
     return core_->wait_for_any_sample(max_wait, min_count);
   }
   bool wait_for_replies(const DDS_SampleIdentity_t& request, const Duration& max_wait, int min_count = 1) {
-    return core_->wait_for_replies(max_wait, min_count, request);
+    return core_->wait(request, max_wait, min_count);
   }
 
   // Taking (removes replies) and reading (leaves them, read or not) without waiting.
@@ -114,8 +121,8 @@ class Requester {
     return all(core_->lend(request, max_count, false));
   }
 
-  /// Throws away the replies to a request, those that are here and those to come. An identity that is of no request of
-  /// this requester is ignored.
+  /// Throws away the replies to a request, those that are here and those to come. The identity of another requester's
+  /// request is ignored.
   void abandon(const DDS_SampleIdentity_t& request) noexcept { core_->abandon(request); }
   /// How many replies have been thrown away because their request was abandoned or its call had ended.
   std::int64_t discarded_replies() const { return core_->discarded_replies(); }

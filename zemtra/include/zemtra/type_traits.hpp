@@ -18,8 +18,10 @@ namespace zemtra {
 /// Anything else is a compile error, which names `member_cannot_be_carried<Aggregate, Position, Member>`.
 ///
 /// Both ends must use one type name: `T::dds_type_name` if there is such a `static constexpr const char*`, the C++ name
-/// with its namespaces otherwise. Samples are values of T, copied by its assignment; if that throws, the write fails.
-/// Between processes they are CDR.
+/// with its namespaces otherwise. A participant, and participants of one process, take two types of one name for one
+/// type only if they are handled by the same functions: so of several shared libraries that use T with hidden
+/// visibility, one should make its readers and writers. Samples are values of T, copied by its assignment; if that
+/// throws, the write fails. Between processes they are CDR.
 ///
 /// For what the members are see `<requestreply/type_traits.hpp>`.
 template <class T>

@@ -40,6 +40,7 @@ class ZEMTRA_TYPED_EXPORT HandlerCore : private DDSDataReaderListener {
   void serve_one(void* request, const DDS_SampleInfo& info) noexcept;
 
   ReplierCore replier_;
+  std::atomic<bool> stopping_{false};
   std::atomic<int> news_{0};  // arrivals not yet looked at; whoever raises it from zero looks
 };
 

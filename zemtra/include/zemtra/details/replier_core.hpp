@@ -10,10 +10,14 @@ namespace details {
 /// What of a typed replier knows no type.
 class ZEMTRA_TYPED_EXPORT ReplierCore final : public ReplierUntypedImpl {
  public:
+  /// `PreconditionNotMetException` when a topic exists with another type.
   ReplierCore(const EntityParams& params, RegisterTypeFunction register_request_type,
               RegisterTypeFunction register_reply_type, int samples_size);
 
-  /// The QoS of the base, and in it the name of the replier's writer, so that requesters know both for one replier's.
+  // The QoS of the base, and in it what lets requesters know both for one replier's.
+
+  void get_datawriter_qos(DDS_DataWriterQos& qos, const EntityParams& params, const char* topic_name,
+                          const char* role) override;
   void get_datareader_qos(DDS_DataReaderQos& qos, const EntityParams& params, const char* topic_name,
                           const char* role) override;
 
@@ -21,6 +25,11 @@ class ZEMTRA_TYPED_EXPORT ReplierCore final : public ReplierUntypedImpl {
   UntypedLoan receive(const Duration& max_wait, int min_count, int max_count);
   /// Takes or reads at once.
   UntypedLoan lend(int max_count, bool take);
+  /// The most of `wanted` that one receive gives.
+  int most_at_once(int wanted) const {
+    return max_samples_per_read == DDS_LENGTH_UNLIMITED || wanted < max_samples_per_read ? wanted
+                                                                                         : max_samples_per_read;
+  }
 
   ServiceMatch match() const { return {ServiceMatch::Role::replier, *get_datawriter(), *get_datareader()}; }
 };

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include <requestreply/fast_object_pool.hpp>
 #include <requestreply/requester_untyped_impl.hpp>
 #include <zemtra/details/service_match.hpp>
 #include <zemtra/details/untyped_loan.hpp>
@@ -9,9 +10,11 @@
 namespace zemtra {
 namespace details {
 
-/// What of a typed requester knows no type.
+/// What of a typed requester knows no type. Unlike the untyped requester it accepts identities of its own requests
+/// only, since those of others would stand for one of its own: `BadParameterException`.
 class ZEMTRA_TYPED_EXPORT RequesterCore : public RequesterUntypedImpl {
  public:
+  /// `PreconditionNotMetException` when a topic exists with another type.
   RequesterCore(const RequesterParams& params, RegisterTypeFunction register_request_type,
                 RegisterTypeFunction register_reply_type, int samples_size);
 
@@ -22,6 +25,10 @@ class ZEMTRA_TYPED_EXPORT RequesterCore : public RequesterUntypedImpl {
   UntypedLoan lend(int max_count, bool take);
   UntypedLoan lend(const DDS_SampleIdentity_t& request, int max_count, bool take);
 
+  /// As `wait_for_replies` of the untyped requester.
+  bool wait(const DDS_SampleIdentity_t& request, const Duration& max_wait, int min_count);
+  /// Waits until there is a reply, whether or not somebody has read it; false when there is none by then.
+  bool await_reply(const DDS_SampleIdentity_t& request, const Duration& max_wait);
   /// Takes the first reply with data; `TimeoutException` when none has come by then.
   UntypedLoan first_reply(const DDS_SampleIdentity_t& request, const Duration& max_wait);
 
@@ -33,7 +40,10 @@ class ZEMTRA_TYPED_EXPORT RequesterCore : public RequesterUntypedImpl {
   ServiceMatch match() const { return {ServiceMatch::Role::requester, *get_datawriter(), *get_datareader()}; }
 
  private:
-  DDS_GUID_t guid_;  // of the writer, and so of all requests
+  void require_own(const DDS_SampleIdentity_t& request) const;
+
+  DDS_GUID_t guid_;                       // of the writer, and so of all requests
+  FastObjectPool<DDSWaitSet> wait_sets_;  // one for each call that awaits a reply
 };
 
 /// Abandons a request at the end of a scope.
