@@ -1,8 +1,8 @@
 # zemtra_idl(TARGET <name> FILES <file.idl>...)
 #
 # Makes a static library of the types in IDL files, for targets to link; they include <file>.h. A type is then carried
-# like any other. Files that these include must be among them, or belong to a target that is linked to this one. Needs
-# the generator fastddsgen and Fast CDR.
+# like any other. Files that these include must be in the same folder and among them. Needs the generator fastddsgen and
+# Fast CDR.
 #
 # What the generator writes is checked, and changed so that decoding allocates no more than what there is to decode. What
 # it is known to get wrong, or is not known, fails the build: arrays of strings, arrays of enums of several dimensions,

@@ -34,21 +34,6 @@ TEST(IdlType, IsReadInBothByteOrders) {
   EXPECT_EQ(encode(point), (Octets{0, 1, 0, 0, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF8, 0x3F}));
 }
 
-// Each octet in turn becomes the first of a huge number, so every length does. The sanitizers, and the limit on memory
-// of the fuzz tests, see what is wrong with what is accepted.
-TEST(IdlType, EndsWellWhateverAnOctetIs) {
-  const Octets octets = encode(rich_item());
-  Item read;
-  int refused = 0;
-  for (std::size_t i = 0; i < octets.size(); ++i) {
-    Octets changed = octets;
-    changed[i] = 0xFF;
-    refused += decode(changed, read) ? 0 : 1;
-  }
-  EXPECT_GT(refused, 100);
-  EXPECT_TRUE(decode(octets, read));
-}
-
 TEST(IdlType, RefusesWhatItsStringsCannotHold) {
   geometry::Named named;
   EXPECT_TRUE(decode({0, 1, 0, 0, 2, 0, 0, 0, 'a', 0}, named));

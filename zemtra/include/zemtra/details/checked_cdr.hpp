@@ -70,10 +70,14 @@ class CheckedCdr {
       sequence.resize(size);
       if (size > 0) { cdr_.deserializeArray(sequence.data(), size); }
     } else {
+      static_assert(!std::is_empty_v<T>,
+                    "elements without members take no octets, so that any number of them may come");
       if (size < sequence.size()) { sequence.resize(size); }
       for (std::size_t i = 0; i < size; ++i) {
         if (i == sequence.size()) { sequence.emplace_back(); }
+        const std::size_t before = cdr_.getSerializedDataLength();
         *this >> sequence[i];
+        check(cdr_.getSerializedDataLength() > before);
       }
     }
     return *this;
@@ -138,8 +142,7 @@ class CheckedCdr {
   eprosima::fastcdr::Cdr& cdr_;
 };
 
-/// The octets that an element takes at the least. That of generated classes is not known; they are none of zero octets
-/// as far as lengths go.
+/// The octets that an element takes at the least. How many a generated class takes is not known, but one at the least.
 template <class T>
 struct CdrElement {
   static constexpr std::size_t minimal_size = std::is_arithmetic_v<T> ? sizeof(T) : std::is_enum_v<T> ? 4 : 1;
