@@ -1,7 +1,9 @@
 // A request with a member of the type MEMBER, which is not carried, or REQUEST itself if that is defined.
 
+#include <array>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 

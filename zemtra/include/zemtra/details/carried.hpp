@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include <zemtra/details/cdr.hpp>
 #include <zemtra/details/members.hpp>
 
 namespace zemtra {
@@ -115,7 +116,7 @@ constexpr bool is_value() {
   return std::is_default_constructible_v<T> && std::is_copy_constructible_v<T> && std::is_copy_assignable_v<T>;
 }
 
-enum class Fault { none, type, open_enum, no_octets, recursion, said_already };
+enum class Fault { none, type, open_enum, no_octets, bloated, recursion, said_already };
 
 /// Exists so that the compiler names what it is about. `Position` 1 is the first member.
 template <class Aggregate, std::size_t Position, class Member, Fault fault>
@@ -127,6 +128,9 @@ struct member_cannot_be_carried {
                 "an enum without a fixed underlying type is not carried, since a value from outside that it does not "
                 "have would be undefined: make it an enum class, or write 'enum Name : int'");
   static_assert(fault != Fault::no_octets, "a vector is not carried when its elements take no octets");
+  static_assert(fault != Fault::bloated,
+                "a vector is not carried when its elements may take more than 64 times as much memory as octets: put "
+                "what is large and optional, or may be missing otherwise, into vectors of its own");
   static_assert(fault != Fault::recursion, "an aggregate is not carried when it contains itself");
   using carried = std::false_type;
 };
@@ -163,7 +167,10 @@ constexpr Fault fault_of() {
   } else {
     constexpr Fault fault = fault_of<ElementOf<T>, Outer...>();
     if constexpr (fault == Fault::none && kind == Kind::sequence) {
-      return minimal_size<ElementOf<T>> == 0 ? Fault::no_octets : Fault::none;
+      constexpr std::size_t octets = minimal_size<ElementOf<T>>;
+      return octets == 0                                            ? Fault::no_octets
+             : sizeof(ElementOf<T>) > most_memory_of_octet * octets ? Fault::bloated
+                                                                    : Fault::none;
     }
     return fault;
   }

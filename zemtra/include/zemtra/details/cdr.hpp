@@ -12,6 +12,8 @@ namespace details {
 // aligned to their own width from the end of the 4-octet encapsulation header.
 
 constexpr std::size_t cdr_header_size = 4;
+/// How much memory an element of a container may take for an octet, so that little from outside cannot take much.
+constexpr std::size_t most_memory_of_octet = 64;
 
 /// Adds up the size of what a `CdrWriter` writes.
 class CdrSize {

@@ -11,6 +11,7 @@
 #include <fastcdr/Cdr.h>
 #include <fastcdr/exceptions/BadParamException.h>
 #include <fastrtps/utils/fixed_size_string.hpp>
+#include <zemtra/details/cdr.hpp>
 
 namespace zemtra {
 namespace details {
@@ -77,7 +78,7 @@ class CheckedCdr {
         if (i == sequence.size()) { sequence.emplace_back(); }
         const std::size_t before = cdr_.getSerializedDataLength();
         *this >> sequence[i];
-        check(cdr_.getSerializedDataLength() > before);
+        check_element(before, sizeof(T));
       }
     }
     return *this;
@@ -98,7 +99,9 @@ class CheckedCdr {
     for (std::uint32_t left = length(CdrElement<Key>::minimal_size + CdrElement<T>::minimal_size); left > 0; --left) {
       Key key{};
       T value{};
+      const std::size_t before = cdr_.getSerializedDataLength();
       *this >> key >> value;
+      check_element(before, sizeof(Key) + sizeof(T));
       map.emplace(std::move(key), std::move(value));
     }
     return *this;
@@ -122,6 +125,11 @@ class CheckedCdr {
   }
 
  private:
+  /// An element takes an octet at the least, and no more memory than `most_memory_of_octet` allows for its octets.
+  void check_element(std::size_t before, std::size_t memory) {
+    const std::size_t octets = cdr_.getSerializedDataLength() - before;
+    check(octets > 0 && memory <= most_memory_of_octet * octets);
+  }
   static void check(bool good) {
     if (!good) { throw eprosima::fastcdr::exception::BadParamException("no sample of this type"); }
   }
