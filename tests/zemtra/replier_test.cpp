@@ -84,9 +84,8 @@ TEST_P(TypedReplier, ExceptionOfAHandlerIsLoggedAndMayStillBeAnswered) {
 
 TEST_P(TypedReplier, HandlerGetsAllRequestsThatWaitHoweverFewOneReadGives) {
   Requester requester = make_requester();
-  DDS_DataReaderQos qos;
-  qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
-  qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+  DDS_DataReaderQos qos = zemtra::request_reply_datareader_qos(replier_participant(), "CalcRequest");
+  EXPECT_EQ(qos.subscription_name.role_name, nullptr);
   qos.reader_resource_limits.max_samples_per_read = 3;
   std::vector<zemtra::PendingRequest<Answer>> pending;
   const HandlerReplier replier(zemtra::ReplierParams(replier_participant()).service_name("Calc").datareader_qos(qos),

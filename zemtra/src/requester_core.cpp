@@ -116,8 +116,9 @@ UntypedLoan RequesterCore::first_reply(const DDS_SampleIdentity_t& request, cons
   }
 }
 
-void RequesterCore::abandon(const DDS_SampleIdentity_t& request) noexcept {
+void RequesterCore::abandon(const DDS_SampleIdentity_t& request, int taken) noexcept {
   if (!DDS_GUID_equals(&request.writer_guid, &guid_)) { return; }
+  if (taken > 0) { discarded_taken_.fetch_add(taken, std::memory_order_relaxed); }
   DDS_SampleInfo key;
   key.related_sample_identity.sequence_number = request.sequence_number;
   if (reader->discard_index_key(kIndexName, key) != DDS_RETCODE_OK) {
@@ -129,7 +130,7 @@ std::int64_t RequesterCore::discarded_replies() const {
   DDS_LongLong count = 0;
   check_retcode(get_datareader()->get_discarded_sample_count(count), "RequesterCore::discarded_replies",
                 QVX_LOG_GET_FAILURE_s, "discarded sample count", false);
-  return count;
+  return count + discarded_taken_.load(std::memory_order_relaxed);
 }
 
 }  // namespace details

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstring>
+
 #include <dds/basic_types.hpp>
 #include <dds/export.hpp>
 
@@ -38,6 +40,21 @@ struct DDS_SampleIdentity_t {
   DDS_GUID_t writer_guid;
   DDS_SequenceNumber_t sequence_number = DDS::SEQUENCE_NUMBER_UNKNOWN;
 };
+
+constexpr bool operator<(const DDS_SequenceNumber_t& a, const DDS_SequenceNumber_t& b) {
+  return a.high != b.high ? a.high < b.high : a.low < b.low;
+}
+inline bool operator==(const DDS_GUID_t& a, const DDS_GUID_t& b) { return std::memcmp(a.value, b.value, 16) == 0; }
+inline bool operator!=(const DDS_GUID_t& a, const DDS_GUID_t& b) { return !(a == b); }
+inline bool operator<(const DDS_GUID_t& a, const DDS_GUID_t& b) { return std::memcmp(a.value, b.value, 16) < 0; }
+inline bool operator==(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) {
+  return a.sequence_number == b.sequence_number && a.writer_guid == b.writer_guid;
+}
+inline bool operator!=(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) { return !(a == b); }
+/// By writer, then by number: an order for containers.
+inline bool operator<(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) {
+  return a.writer_guid != b.writer_guid ? a.writer_guid < b.writer_guid : a.sequence_number < b.sequence_number;
+}
 
 /// Asks the writer for its GUID and its next sequence number.
 DDS_EXPORT extern const DDS_SampleIdentity_t DDS_AUTO_SAMPLE_IDENTITY;

@@ -72,6 +72,10 @@ class ZEMTRA_EXPORT EntityParams {
 
 /// The builder for requesters: one chained setter for each value, in any order, the last call wins. The setters check
 /// nothing. A QoS structure, once set, cannot be cleared.
+///
+/// QoS that is given takes the place of the defaults for request-reply (reliable, keep all, a write blocks for at most
+/// 10 s) as a whole, also `DDS_DATAWRITER_QOS_DEFAULT` and `DDS_DATAREADER_QOS_DEFAULT`. A type without key has one
+/// instance, so a keep-last history counts the samples of all requests together.
 class ZEMTRA_EXPORT RequesterParams : public details::EntityParams {
  public:
   explicit RequesterParams(DDSDomainParticipant* participant);

@@ -46,7 +46,7 @@ class ZEMTRA_EXPORT LogicException : public std::logic_error, public Rethrowable
   [[noreturn]] void rethrow(const std::string& msg) const override;
 };
 
-/// `DDS_RETCODE_TIMEOUT`, where a time-out is a failure: a write that stayed blocked too long.
+/// `DDS_RETCODE_TIMEOUT`, where a time-out is a failure: a write that stayed blocked too long, a call without reply.
 class ZEMTRA_EXPORT TimeoutException : public RuntimeException {
  public:
   explicit TimeoutException(const std::string& msg);

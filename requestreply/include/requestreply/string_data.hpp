@@ -20,7 +20,8 @@ class StringData {
   /// Counts the characters, up to the first NUL.
   std::size_t size() const noexcept { return view().size(); }
   bool empty() const noexcept { return *string_ == '\0'; }
-  operator std::string() const { return std::string(string_); }
+  operator std::string() const { return str(); }
+  std::string str() const { return std::string(string_); }
 
   friend bool operator==(StringData a, StringData b) noexcept { return a.view() == b.view(); }
   friend bool operator!=(StringData a, StringData b) noexcept { return a.view() != b.view(); }

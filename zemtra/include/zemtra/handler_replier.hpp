@@ -69,7 +69,7 @@ class HandlerReplier {
   }
   template <class Handler>
   HandlerReplier(const ReplierParams& params, Handler handler, ErrorHandler on_error = {})
-      : core_(std::make_unique<Core<Handler>>(params, std::move(handler), std::move(on_error))) {}
+      : core_(make_core(params, std::move(handler), std::move(on_error))) {}
 
   // As of `Replier`.
 
@@ -84,14 +84,27 @@ class HandlerReplier {
   details::ReplierUntypedImpl& untyped() const noexcept { return core_->replier(); }
 
  private:
+  using Argument = typename RequestTraits::ConstReference;
+  using Returned = typename ReplyTraits::Value;
+  template <class Handler>
+  static constexpr bool kReturnsReply = std::is_invocable_r_v<Returned, Handler&, Argument>;
+
+  template <class Handler>
+  static std::unique_ptr<details::HandlerCore> make_core(const ReplierParams& params, Handler handler,
+                                                         ErrorHandler on_error) {
+    constexpr bool fits = kReturnsReply<Handler> || std::is_invocable_v<Handler&, Argument, Sink>;
+    static_assert(fits,
+                  "the handler takes a request and returns a reply (of DDS_Octets, say, a zemtra::Sample<DDS_Octets>), "
+                  "or takes a request and a reply sink");
+    if constexpr (fits) {
+      return std::make_unique<Core<Handler>>(params, std::move(handler), std::move(on_error));
+    } else {
+      return nullptr;
+    }
+  }
+
   template <class Handler>
   class Core final : public details::HandlerCore {
-    using Argument = typename RequestTraits::ConstReference;
-    using Returned = typename ReplyTraits::Value;
-    static constexpr bool kReturnsReply = std::is_invocable_r_v<Returned, Handler&, Argument>;
-    static_assert(kReturnsReply || std::is_invocable_v<Handler&, Argument, Sink>,
-                  "the handler takes a request and returns a reply, or takes a request and a reply sink");
-
    public:
     Core(const ReplierParams& params, Handler handler, ErrorHandler on_error)
         : HandlerCore(params, &RequestTraits::register_type, &ReplyTraits::register_type, RequestTraits::sample_size),
@@ -105,7 +118,7 @@ class HandlerReplier {
     void handle(void* request, const DDS_SampleInfo& info) override {
       const Sink sink(replier(), info.sample_identity);
       Argument argument = RequestTraits::present(*static_cast<typename RequestTraits::Element*>(request), info);
-      if constexpr (kReturnsReply) {
+      if constexpr (kReturnsReply<Handler>) {
         const Returned reply = handler_(argument);
         if constexpr (std::is_same_v<Returned, TRep>) {
           sink.send(reply);

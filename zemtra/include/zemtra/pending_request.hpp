@@ -67,8 +67,9 @@ class PendingRequest {
 
   /// Abandons the request now. Replies that were handed out become invalid.
   void abandon() noexcept {
+    const int unseen = arrived_.length() - position_;
     give_back();
-    if (requester_ != nullptr) { std::exchange(requester_, nullptr)->abandon(identity_); }
+    if (requester_ != nullptr) { std::exchange(requester_, nullptr)->abandon(identity_, unseen); }
   }
 
   /// All replies until the deadline, in a range-based for.
@@ -77,6 +78,7 @@ class PendingRequest {
 
   /// At most `count` replies until the deadline; none for zero or less. As of `until`, the result is a range for one
   /// pass that refers to the pending request.
+  auto replies(int count) && = delete;  // the pending request would be gone before its replies are used
   auto replies(int count) & { return Replies<Countdown>{*this, Countdown{count}, count <= 0}; }
   /// The replies until the deadline or the one of which `is_last` is true; that one is the last. `is_last` is asked
   /// once for each reply, after it has been used.
@@ -84,6 +86,8 @@ class PendingRequest {
   auto until(IsLast is_last) & {
     return Replies<IsLast>{*this, std::move(is_last), false};
   }
+  template <class IsLast>
+  auto until(IsLast is_last) && = delete;  // as above
 
  private:
   struct Never {

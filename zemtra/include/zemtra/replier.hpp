@@ -62,7 +62,8 @@ class Replier {
   /// fail for want of memory, the request is gone all the same; that is true of `take_request` as well.
   std::optional<Request> receive_request(const Duration& max_wait) { return first(core_->receive(max_wait, 1, 1)); }
   /// Waits for `min_count` requests and takes up to `max_count`; empty when the time is over before. `max_wait` may not
-  /// be zero; `BadParameterException` for counts that make no sense.
+  /// be zero, and `min_count` not above `max_count`: `BadParameterException`. An unlimited count is that of the
+  /// reader's `max_samples_per_read`, normally 1024; no more are taken or read at once.
   Requests receive_requests(const Duration& max_wait, int min_count = 1, int max_count = DDS_LENGTH_UNLIMITED) {
     return all(core_->receive(max_wait, min_count, max_count));
   }
@@ -71,7 +72,7 @@ class Replier {
     return core_->wait_for_any_sample(max_wait, min_count);
   }
 
-  // Taking (removes requests) and reading (leaves them, read or not) without waiting.
+  // Taking (removes requests) and reading (leaves them, read or not) without waiting; at most `max_samples_per_read`.
 
   std::optional<Request> take_request() { return first(core_->lend(1, true)); }
   Requests take_requests(int max_count = DDS_LENGTH_UNLIMITED) { return all(core_->lend(max_count, true)); }

@@ -6,6 +6,10 @@ namespace zemtra {
 
 /// The builder for repliers: one chained setter for each value, in any order, the last call wins. The setters check
 /// nothing. A QoS structure, once set, cannot be cleared.
+///
+/// QoS that is given takes the place of the defaults for request-reply (reliable, keep all, a write blocks for at most
+/// 10 s) as a whole, also `DDS_DATAWRITER_QOS_DEFAULT` and `DDS_DATAREADER_QOS_DEFAULT`. A type without key has one
+/// instance, so a keep-last history counts the samples of all requests together.
 class ReplierParams : public details::EntityParams {
  public:
   explicit ReplierParams(DDSDomainParticipant* participant) : EntityParams(participant) {}

@@ -62,7 +62,7 @@ class Requester {
   }
 
   /// Sends a request whose replies are wanted until the deadline. See `PendingRequest`.
-  PendingRequest<TRep> send(const TReq& request, const Deadline& deadline) {
+  [[nodiscard]] PendingRequest<TRep> send(const TReq& request, const Deadline& deadline) {
     return {*core_, reader_, send_request(request), deadline};
   }
 
@@ -90,7 +90,8 @@ class Requester {
     return first(core_->receive(request, max_wait, 1, 1));
   }
   /// Waits for `min_count` replies and takes up to `max_count`; empty when the time is over before. `max_wait` may not
-  /// be zero; `BadParameterException` for counts that make no sense.
+  /// be zero, and `min_count` not above `max_count`: `BadParameterException`. An unlimited count is that of the
+  /// reader's `max_samples_per_read`, normally 1024; no more are taken or read at once.
   Replies receive_replies(const Duration& max_wait, int min_count = 1, int max_count = DDS_LENGTH_UNLIMITED) {
     return all(core_->receive(max_wait, min_count, max_count));
   }
@@ -106,7 +107,7 @@ class Requester {
     return core_->wait(request, max_wait, min_count);
   }
 
-  // Taking (removes replies) and reading (leaves them, read or not) without waiting.
+  // Taking (removes replies) and reading (leaves them, read or not) without waiting; at most `max_samples_per_read`.
 
   std::optional<Reply> take_reply() { return first(core_->lend(1, true)); }
   std::optional<Reply> take_reply(const DDS_SampleIdentity_t& request) { return first(core_->lend(request, 1, true)); }

@@ -22,7 +22,8 @@ enum class Kind { other, open_enum, boolean, number, string, sequence, array, op
 template <class Enum, class = void>
 struct has_fixed_underlying_type : std::false_type {};
 template <class Enum>
-struct has_fixed_underlying_type<Enum, std::void_t<decltype(Enum{0})>> : std::true_type {};
+struct has_fixed_underlying_type<Enum, std::enable_if_t<std::is_enum_v<Enum>, std::void_t<decltype(Enum{0})>>>
+    : std::true_type {};
 
 template <class T, bool = std::is_enum_v<T>>
 struct NumberOf {
@@ -121,9 +122,11 @@ enum class Fault { none, type, open_enum, no_octets, bloated, recursion, said_al
 /// Exists so that the compiler names what it is about. `Position` 1 is the first member.
 template <class Aggregate, std::size_t Position, class Member, Fault fault>
 struct member_cannot_be_carried {
-  static_assert(fault != Fault::type,
-                "members that are carried: numbers of up to 8 octets, bool, enum classes, std::string, aggregates, and "
-                "std::vector, std::array and std::optional of these");
+  static_assert(
+      fault != Fault::type,
+      "members that are carried: numbers of up to 8 octets, bool, enum classes, std::string, aggregates, and "
+      "std::vector, std::array and std::optional of these (no C arrays: use std::array; no maps: use a vector "
+      "of structures, or IDL)");
   static_assert(fault != Fault::open_enum,
                 "an enum without a fixed underlying type is not carried, since a value from outside that it does not "
                 "have would be undefined: make it an enum class, or write 'enum Name : int'");

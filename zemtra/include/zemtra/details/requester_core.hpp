@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include <requestreply/fast_object_pool.hpp>
@@ -32,9 +33,10 @@ class ZEMTRA_TYPED_EXPORT RequesterCore : public RequesterUntypedImpl {
   /// Takes the first reply with data; `TimeoutException` when none has come by then.
   UntypedLoan first_reply(const DDS_SampleIdentity_t& request, const Duration& max_wait);
 
-  /// Throws away the replies to a request, those that are here and those to come, and counts them. When memory for it
-  /// runs out, logs, and the replies stay. What is no request of this requester is ignored.
-  void abandon(const DDS_SampleIdentity_t& request) noexcept;
+  /// Throws away the replies to a request, those that are here and those to come, and counts them, and `taken` that
+  /// were taken and not looked at. When memory for it runs out, logs, and the replies stay. What is no request of this
+  /// requester is ignored.
+  void abandon(const DDS_SampleIdentity_t& request, int taken = 0) noexcept;
   std::int64_t discarded_replies() const;
 
   ServiceMatch match() const { return {ServiceMatch::Role::requester, *get_datawriter(), *get_datareader()}; }
@@ -42,8 +44,9 @@ class ZEMTRA_TYPED_EXPORT RequesterCore : public RequesterUntypedImpl {
  private:
   void require_own(const DDS_SampleIdentity_t& request) const;
 
-  DDS_GUID_t guid_;                       // of the writer, and so of all requests
-  FastObjectPool<DDSWaitSet> wait_sets_;  // one for each call that awaits a reply
+  DDS_GUID_t guid_;                               // of the writer, and so of all requests
+  std::atomic<std::int64_t> discarded_taken_{0};  // replies thrown away here, after they left the reader
+  FastObjectPool<DDSWaitSet> wait_sets_;          // one for each call that awaits a reply
 };
 
 /// Abandons a request at the end of a scope.
