@@ -42,6 +42,7 @@ class ValueSample {
   ValueSample(const T& data, const Info& info) : data_(data), info_(info, "WriteSample<T>::WriteSample") {}
   ~ValueSample() = default;
   ValueSample(const ValueSample& other) : ValueSample(other.data(), other.info()) {}
+  // NOLINTBEGIN(performance-noexcept-move-constructor): a type whose moves throw has samples whose moves throw
   ValueSample(ValueSample&& other) noexcept(moves_without_throwing) { swap(other); }
   ValueSample& operator=(const ValueSample& other) {
     ValueSample copy(other);
@@ -53,6 +54,7 @@ class ValueSample {
     swap(taken);
     return *this;
   }
+  // NOLINTEND(performance-noexcept-move-constructor)
 
  private:
   static constexpr bool moves_without_throwing =
