@@ -27,6 +27,8 @@ expect_allocations() {
 small=(--pin free --rounds 2 --count 500)
 expect_allocations 0 2 "$round_trip" "${small[@]}" --mode listener --payload 64,65536
 expect_allocations 0.1 2 "$round_trip" "${small[@]}" --mode blocking --payload 64,65536
+expect_allocations 0 1 "$round_trip" "${small[@]}" --mode typed_listener
+expect_allocations 0.1 1 "$round_trip" "${small[@]}" --mode typed
 expect_allocations 0.1 4 "$scaling" "${small[@]}" --load idle,unread --idle 20 --unread 300
 "$round_trip" "${small[@]}" --mode pipelined --payload 64 || fail 'pipelined'
 

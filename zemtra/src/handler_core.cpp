@@ -32,7 +32,8 @@ HandlerCore::~HandlerCore() = default;
 void HandlerCore::start() {
   check_retcode(replier_.get_datareader()->set_listener(this, DDS_DATA_AVAILABLE_STATUS), kContext,
                 QVX_LOG_ANY_FAILURE_s, "set listener", false);
-  serve();  // what came before there was a listener
+  serve_in_turn();  // what came before there was a listener
+  started_.store(true, std::memory_order_release);
 }
 
 void HandlerCore::stop() noexcept {
@@ -42,17 +43,27 @@ void HandlerCore::stop() noexcept {
   }
 }
 
-void HandlerCore::on_data_available(DDSDataReader* /*reader*/) { serve(); }
+void HandlerCore::on_data_available(DDSDataReader* /*reader*/) {
+  if (started_.load(std::memory_order_acquire)) {
+    serve();
+  } else {
+    serve_in_turn();
+  }
+}
 
 // The thread in `start` and the one that calls the listener may meet here: the first serves for both, so that requests
 // are handled one after the other.
-void HandlerCore::serve() {
+void HandlerCore::serve_in_turn() {
   int seen = 1;
   if (news_.fetch_add(1) != 0) { return; }
   while (seen > 0) {
-    while (serve_some()) {}
+    serve();
     seen = news_.fetch_sub(seen) - seen;
   }
+}
+
+void HandlerCore::serve() {
+  while (serve_some()) {}
 }
 
 bool HandlerCore::serve_some() {

@@ -47,7 +47,7 @@ RequesterCore::RequesterCore(const RequesterParams& params, RegisterTypeFunction
 }
 
 void RequesterCore::require_own(const DDS_SampleIdentity_t& request) const {
-  if (DDS_GUID_equals(&request.writer_guid, &guid_)) { return; }
+  if (request.writer_guid == guid_) { return; }
   check_retcode(DDS_RETCODE_BAD_PARAMETER, "Requester", DDS_LOG_BAD_PARAMETER_s, "not a request of this requester",
                 false);
 }
@@ -117,7 +117,7 @@ UntypedLoan RequesterCore::first_reply(const DDS_SampleIdentity_t& request, cons
 }
 
 void RequesterCore::abandon(const DDS_SampleIdentity_t& request, int taken) noexcept {
-  if (!DDS_GUID_equals(&request.writer_guid, &guid_)) { return; }
+  if (request.writer_guid != guid_) { return; }
   if (taken > 0) { discarded_taken_.fetch_add(taken, std::memory_order_relaxed); }
   DDS_SampleInfo key;
   key.related_sample_identity.sequence_number = request.sequence_number;

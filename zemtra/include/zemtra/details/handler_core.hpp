@@ -34,6 +34,7 @@ class ZEMTRA_TYPED_EXPORT HandlerCore : private DDSDataReaderListener {
   virtual void on_error(const std::exception_ptr& error, const DDS_SampleIdentity_t& request) = 0;
 
   void on_data_available(DDSDataReader* reader) override;
+  void serve_in_turn();
   void serve();
   /// Whether there may be more.
   bool serve_some();
@@ -41,7 +42,8 @@ class ZEMTRA_TYPED_EXPORT HandlerCore : private DDSDataReaderListener {
 
   ReplierCore replier_;
   std::atomic<bool> stopping_{false};
-  std::atomic<int> news_{0};  // arrivals not yet looked at; whoever raises it from zero looks
+  std::atomic<bool> started_{false};  // only the listener serves any more, whose calls never overlap
+  std::atomic<int> news_{0};          // before that, arrivals not yet looked at: whoever raises it from zero looks
 };
 
 }  // namespace details
