@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 #include "allocations.hpp"
@@ -17,64 +17,47 @@ bool is_aligned(const void* buffer) { return reinterpret_cast<std::uintptr_t>(bu
 
 TEST(Strings, AreAlignedAndTerminatedWhateverTheirLength) {
   for (const std::size_t length : {0u, 1u, 31u, 32u, 33u, 100000u}) {
-    char* fresh = DDS_String_alloc(length);
-    ASSERT_TRUE(is_aligned(fresh));
-    for (std::size_t i = 0; i <= length; ++i) { ASSERT_EQ(fresh[i], '\0'); }
-    DDS_String_free(fresh);
     const std::string text(length, 'x');
+    char* fresh = DDS_String_alloc(length);
     char* copy = DDS_String_dup(text.c_str());
-    EXPECT_TRUE(is_aligned(copy));
+    ASSERT_TRUE(is_aligned(fresh) && is_aligned(copy));
+    EXPECT_TRUE(std::all_of(fresh, fresh + length + 1, [](char c) { return c == '\0'; }));
     EXPECT_EQ(copy, text);
+    DDS_String_free(fresh);
     DDS_String_free(copy);
   }
-}
-
-TEST(Strings, NullAndImpossibleLengthsGiveNull) {
   EXPECT_EQ(DDS_String_dup(nullptr), nullptr);
   EXPECT_EQ(DDS_String_alloc(SIZE_MAX), nullptr);
   EXPECT_EQ(DDS_String_alloc(SIZE_MAX - 1), nullptr);
   DDS_String_free(nullptr);
 }
 
-TEST(Strings, ReplacingTakesASourceThatLiesInTheTarget) {
+TEST(Strings, ReplacingTakesASourceThatLiesInTheTargetAndLeavesNullWhenMemoryIsExhausted) {
   char* target = nullptr;
   EXPECT_EQ(DDS_String_replace(&target, "request topic"), target);
   EXPECT_STREQ(target, "request topic");
   EXPECT_EQ(DDS_String_replace(&target, target + 8), target);
   EXPECT_STREQ(target, "topic");
-  EXPECT_EQ(DDS_String_replace(&target, nullptr), nullptr);
-  EXPECT_EQ(target, nullptr);
-}
-
-TEST(Strings, ReplacingLeavesNullWhenMemoryIsExhausted) {
-  char* target = DDS_String_dup("former");
   const FailingAllocations failing(0);
   EXPECT_EQ(DDS_String_replace(&target, "new"), nullptr);
   EXPECT_EQ(target, nullptr);
+  EXPECT_EQ(DDS_String_replace(&target, nullptr), nullptr);
   EXPECT_EQ(DDS_String_dup("text"), nullptr);
   EXPECT_EQ(DDS_String_alloc(1), nullptr);
 }
 
-TEST(OctetBuffers, AreAlignedZeroedAndCopiedWithEmbeddedZeros) {
-  DDS_Octet* zeros = DDS_OctetBuffer_alloc(1000);
-  ASSERT_TRUE(is_aligned(zeros));
-  for (int i = 0; i < 1000; ++i) { ASSERT_EQ(zeros[i], 0); }
-  zeros[999] = 7;
-  DDS_Octet* copy = DDS_OctetBuffer_dup(zeros, 1000);
-  ASSERT_TRUE(is_aligned(copy));
-  EXPECT_EQ(std::memcmp(copy, zeros, 1000), 0);
-  DDS_OctetBuffer_free(copy);
-  DDS_OctetBuffer_free(zeros);
-}
-
-TEST(OctetBuffers, AnEmptyBufferIsNotNullAndNullStaysNull) {
-  const DDS_Octet octet = 1;
-  DDS_Octet* empty = DDS_OctetBuffer_alloc(0);
-  DDS_Octet* copy = DDS_OctetBuffer_dup(&octet, 0);
-  EXPECT_NE(empty, nullptr);
-  EXPECT_NE(copy, nullptr);
-  DDS_OctetBuffer_free(empty);
-  DDS_OctetBuffer_free(copy);
+TEST(OctetBuffers, AreAlignedZeroedAndCopiedWithEmbeddedZerosAndNullOnlyFromNull) {
+  for (const std::size_t size : {0u, 1000u}) {
+    DDS_Octet* zeros = DDS_OctetBuffer_alloc(size);
+    ASSERT_TRUE(zeros != nullptr && is_aligned(zeros));
+    EXPECT_TRUE(std::all_of(zeros, zeros + size, [](DDS_Octet octet) { return octet == 0; }));
+    if (size > 0) { zeros[size - 1] = 7; }
+    DDS_Octet* copy = DDS_OctetBuffer_dup(zeros, size);
+    ASSERT_TRUE(copy != nullptr && is_aligned(copy));
+    EXPECT_TRUE(std::equal(zeros, zeros + size, copy));
+    DDS_OctetBuffer_free(copy);
+    DDS_OctetBuffer_free(zeros);
+  }
   EXPECT_EQ(DDS_OctetBuffer_dup(nullptr, 10), nullptr);
   EXPECT_EQ(DDS_OctetBuffer_alloc(SIZE_MAX), nullptr);
   DDS_OctetBuffer_free(nullptr);
@@ -117,22 +100,19 @@ TEST(Identity, EveryOctetAndBothHalvesCount) {
 }
 
 TEST(SampleInfo, InitializingForgetsWhatWasThere) {
-  DDS_SampleInfo info;
+  DDS_SampleInfo info, copy;
   info.sample_state = DDS_READ_SAMPLE_STATE;
   info.valid_data = true;
   info.sample_rank = 4;
   info.related_sample_identity.sequence_number = {1, 2};
-  DDS_SampleInfo copy;
   DDS_SampleInfo_copy(&copy, &info);
-  EXPECT_TRUE(copy.valid_data);
-  EXPECT_EQ(copy.sample_rank, 4);
+  DDS_SampleInfo_initialize(&info);
+  EXPECT_TRUE(copy.valid_data && !info.valid_data);
+  EXPECT_TRUE(copy.sample_rank == 4 && info.sample_rank == 0);
   EXPECT_EQ(copy.related_sample_identity.sequence_number, (DDS_SequenceNumber_t{1, 2}));
-  DDS_SampleInfo_initialize(&copy);
-  EXPECT_EQ(copy.sample_state, DDS_NOT_READ_SAMPLE_STATE);
-  EXPECT_FALSE(copy.valid_data);
-  EXPECT_EQ(copy.sample_rank, 0);
-  EXPECT_TRUE(same(copy.related_sample_identity, DDS_UNKNOWN_SAMPLE_IDENTITY));
-  DDS_SampleInfo_finalize(&copy);
+  EXPECT_TRUE(same(info.related_sample_identity, DDS_UNKNOWN_SAMPLE_IDENTITY));
+  EXPECT_EQ(info.sample_state, DDS_NOT_READ_SAMPLE_STATE);
+  DDS_SampleInfo_finalize(&info);
 }
 
 void fill(DDS_WriteParams_t& params) {
@@ -145,25 +125,18 @@ void fill(DDS_WriteParams_t& params) {
   params.cookie.value[1] = 11;
 }
 
-TEST(WriteParams, ACopyIsDeepAndComplete) {
-  DDS_WriteParams_t source;
-  fill(source);
-  DDS_WriteParams_t copy;
-  ASSERT_EQ(DDS_WriteParams_t_copy(&copy, &source), DDS_RETCODE_OK);
-  source.cookie.value[0] = 0;
+TEST(WriteParams, AreCopiedDeeplyAndInitializedToAskForAnAutomaticIdentity) {
+  DDS_WriteParams_t params, copy;
+  fill(params);
+  ASSERT_EQ(DDS_WriteParams_t_copy(&copy, &params), DDS_RETCODE_OK);
+  DDS_WriteParams_t_initialize(&params);
   EXPECT_EQ(copy.identity.sequence_number, (DDS_SequenceNumber_t{3, 4}));
   EXPECT_EQ(copy.related_sample_identity.sequence_number, (DDS_SequenceNumber_t{5, 6}));
   EXPECT_EQ(copy.source_timestamp, (DDS_Time_t{7, 8}));
   EXPECT_EQ(copy.handle, 9u);
   ASSERT_EQ(copy.cookie.value.length(), 2);
-  EXPECT_EQ(copy.cookie.value[0], 10);
-  EXPECT_EQ(copy.cookie.value[1], 11);
-}
+  EXPECT_TRUE(copy.cookie.value[0] == 10 && copy.cookie.value[1] == 11);
 
-TEST(WriteParams, InitializingAsksForAnAutomaticIdentityAndReleasesTheCookie) {
-  DDS_WriteParams_t params;
-  fill(params);
-  DDS_WriteParams_t_initialize(&params);
   EXPECT_TRUE(same(params.identity, DDS_AUTO_SAMPLE_IDENTITY));
   EXPECT_TRUE(same(params.related_sample_identity, DDS_UNKNOWN_SAMPLE_IDENTITY));
   EXPECT_EQ(params.source_timestamp, DDS_TIME_INVALID);
@@ -182,7 +155,12 @@ TEST(WriteParams, FinalizingTwiceIsHarmlessAndALentCookieIsLetGo) {
   EXPECT_EQ(params.cookie.value.length(), 0);
 }
 
-TEST(WriteParams, ACopyThatFindsNoMemoryChangesNothing) {
+TEST(WriteParams, ACopyAllocatesForTheCookieAloneAndChangesNothingWithoutMemory) {
+  const int before = allocation_count();
+  DDS_WriteParams_t without_cookie, its_copy;
+  DDS_WriteParams_t_initialize(&without_cookie);
+  DDS_WriteParams_t_copy(&its_copy, &without_cookie);
+  EXPECT_EQ(allocation_count(), before);
   DDS_WriteParams_t source;
   fill(source);
   DDS_WriteParams_t copy;
@@ -193,15 +171,6 @@ TEST(WriteParams, ACopyThatFindsNoMemoryChangesNothing) {
                          EXPECT_EQ(copy.cookie.value.length(), 0);
                        });
   EXPECT_EQ(copy.cookie.value.length(), 2);
-}
-
-TEST(WriteParams, WithoutCookieNothingIsAllocated) {
-  const int before = allocation_count();
-  DDS_WriteParams_t params;
-  DDS_WriteParams_t copy;
-  DDS_WriteParams_t_initialize(&params);
-  DDS_WriteParams_t_copy(&copy, &params);
-  EXPECT_EQ(allocation_count(), before);
 }
 
 }  // namespace

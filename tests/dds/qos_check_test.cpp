@@ -63,12 +63,13 @@ TEST_F(QosCheck, AcceptsTheDefaultsAndWhatIsImplemented) {
   expect_accepted(writer);
   DDS_DataReaderQos reader;
   expect_accepted(reader);
-  reader.history = {DDS_KEEP_ALL_HISTORY_QOS, 0};
   reader.resource_limits = {10, 5, 10};
   reader.reader_resource_limits.max_samples_per_read = DDS_LENGTH_UNLIMITED;
-  expect_accepted(reader);
-  reader.history = {DDS_KEEP_LAST_HISTORY_QOS, 10};
-  expect_accepted(reader);
+  for (const DDS_HistoryQosPolicy& history :
+       {DDS_HistoryQosPolicy{DDS_KEEP_ALL_HISTORY_QOS, 0}, DDS_HistoryQosPolicy{DDS_KEEP_LAST_HISTORY_QOS, 10}}) {
+    reader.history = history;
+    expect_accepted(reader);
+  }
 }
 
 TEST_F(QosCheck, RefusesPoliciesThatThisLayerDoesNotOffer) {
@@ -81,10 +82,6 @@ TEST_F(QosCheck, RefusesPoliciesThatThisLayerDoesNotOffer) {
   const auto set_lifespan = [](auto& qos) { qos.lifespan.duration = {1, 0}; };
   refuses<DDS_TopicQos>(unsupported, "lifespan", set_lifespan);
   refuses<DDS_DataWriterQos>(unsupported, "lifespan", set_lifespan);
-}
-
-TEST_F(QosCheck, RefusesPresentationAndPartitions) {
-  constexpr DDS_ReturnCode_t unsupported = DDS_RETCODE_UNSUPPORTED;
   const auto both_refuse = [this](const char* policy, auto change) {
     refuses<DDS_PublisherQos>(unsupported, policy, change);
     refuses<DDS_SubscriberQos>(unsupported, policy, change);
@@ -96,8 +93,12 @@ TEST_F(QosCheck, RefusesPresentationAndPartitions) {
   both_refuse("partition", [](auto& qos) { EXPECT_TRUE(qos.partition.name.ensure_length(1, 1)); });
 }
 
-TEST_F(QosCheck, RefusesValuesThatContradictEachOther) {
+TEST_F(QosCheck, RefusesValuesThatContradictEachOtherAndReportsTheFirstOfSeveralFaultsOnly) {
   constexpr DDS_ReturnCode_t inconsistent = DDS_RETCODE_INCONSISTENT_POLICY;
+  all_refuse(DDS_RETCODE_UNSUPPORTED, "durability", [](auto& qos) {
+    qos.durability.kind = DDS_PERSISTENT_DURABILITY_QOS;
+    qos.history.depth = 0;
+  });
   for (const int depth : {0, -1}) {
     all_refuse(inconsistent, "history.depth: not positive", [=](auto& qos) { qos.history.depth = depth; });
   }
@@ -124,13 +125,6 @@ TEST_F(QosCheck, RefusesValuesThatContradictEachOther) {
     all_refuse(inconsistent, "reliability.max_blocking_time",
                [=](auto& qos) { qos.reliability.max_blocking_time = wait; });
   }
-}
-
-TEST_F(QosCheck, ReportsTheFirstOfSeveralFaultsOnly) {
-  DDS_DataWriterQos qos;
-  qos.durability.kind = DDS_PERSISTENT_DURABILITY_QOS;
-  qos.history.depth = 0;
-  expect_refused(qos, DDS_RETCODE_UNSUPPORTED, "durability");
 }
 
 TEST_F(QosCheck, KnowsOneTransport) {

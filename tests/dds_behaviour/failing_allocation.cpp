@@ -16,14 +16,19 @@ namespace behaviour {
 namespace {
 
 thread_local int allocations_left = 0;  // up to and with the one that fails; 0 when none will
+thread_local long count = 0;
 
-bool fails_now() { return allocations_left > 0 && --allocations_left == 0; }
+bool fails_now() {
+  ++count;
+  return allocations_left > 0 && --allocations_left == 0;
+}
 
 }  // namespace
 
 FailingAllocation::FailingAllocation(int nth) { allocations_left = nth; }
 FailingAllocation::~FailingAllocation() { allocations_left = 0; }
 bool FailingAllocation::happened() const { return allocations_left == 0; }
+long allocation_count() { return count; }
 
 namespace {
 

@@ -15,4 +15,7 @@ class FailingAllocation {
   bool happened() const;
 };
 
+/// How many allocations this thread has made or tried.
+long allocation_count();
+
 }  // namespace behaviour

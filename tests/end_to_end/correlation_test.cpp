@@ -39,39 +39,6 @@ TEST_P(Correlation, SeveralRepliesToARequestArriveInTheOrderOfTheReplier) {
   EXPECT_EQ(requester.take(request), Strings{});
 }
 
-TEST_P(Correlation, InterleavedRequestsKeepTheirRepliesApart) {
-  Requester requester(requester_params());
-  Replier replier(replier_params());
-  await_others(requester, 1);
-  const DDS_SampleIdentity_t ids[] = {requester.send("a"), requester.send("b"), requester.send("c")};
-  const std::vector<Request> received = replier.receive(3, 3);
-  ASSERT_EQ(received.size(), 3u);
-  for (const std::size_t which : {2u, 0u, 1u, 0u, 2u, 0u}) {
-    replier.reply(received[which].identity, received[which].text + "!");
-  }
-  EXPECT_EQ(requester.await(ids[1], 1), Strings{"b!"});
-  EXPECT_EQ(requester.await(ids[0], 3), (Strings{"a!", "a!", "a!"}));
-  EXPECT_EQ(requester.await(ids[2], 2), (Strings{"c!", "c!"}));
-}
-
-TEST_P(Correlation, AReplyCarriesTheIdentityOfItsRequestAndTheReplierSeesTheRequesters) {
-  Requester requester(requester_params());
-  Replier replier(replier_params());
-  await_others(requester, 1);
-  const DDS_SampleIdentity_t request = requester.send("x");
-  const std::vector<Request> received = replier.receive();
-  ASSERT_EQ(received.size(), 1u);
-  EXPECT_TRUE(DDS_GUID_equals(&received[0].identity.writer_guid, &request.writer_guid));
-  EXPECT_EQ(received[0].identity.sequence_number, request.sequence_number);
-  replier.reply(received[0].identity, "y");
-  ASSERT_TRUE(requester.wait_for_replies(DDS_DURATION_INFINITE, 1, request));
-  const std::vector<Reply> replies = requester.replies(request, true);
-  ASSERT_EQ(replies.size(), 1u);
-  const DDS_SampleIdentity_t related = zemtra::details::get_related_sample_identity_from_sample_info(replies[0].info);
-  EXPECT_TRUE(DDS_GUID_equals(&related.writer_guid, &request.writer_guid));
-  EXPECT_EQ(related.sequence_number, request.sequence_number);
-}
-
 TEST_P(Correlation, OctetsTravelUnchangedInBothDirections) {
   BasicRequester<OctetsType> requester(requester_params());
   BasicReplier<OctetsType> replier(replier_params());
@@ -107,19 +74,6 @@ TEST_P(Correlation, FourRepliersAnswerEveryRequest) {
   }
 }
 
-TEST_P(Correlation, RequestsForAnotherServiceAreNotHeard) {
-  for (const char* name : {"OtherRequest", "OtherReply"}) { requester_side->expect_topic(name); }
-  Requester other(zemtra::RequesterParams(requester_side->get()).service_name("Other"));
-  Requester requester(requester_params());
-  Replier replier(replier_params());
-  await_others(requester, 1);
-  other.send("not for you");
-  requester.send("for you");
-  const std::vector<Request> received = replier.receive();
-  ASSERT_EQ(received.size(), 1u);
-  EXPECT_EQ(received[0].text, "for you");
-}
-
 TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
   const int count = scaled(500) < 50 ? 50 : scaled(500);
   std::vector<std::unique_ptr<Requester>> requesters;
@@ -140,32 +94,6 @@ TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
     EXPECT_FALSE(requesters[i]->get_sample_loaned(&data, &left, infos, DDS_LENGTH_UNLIMITED, true, nullptr))
         << "its reader holds nothing of the others";
   }
-}
-
-TEST_P(Correlation, AFilterOfTheApplicationOnTheRequestTopicChoosesTheRequestsOfAReplier) {
-  DDSDomainParticipant* participant = replier_side().get();
-  ASSERT_EQ(DDSStringTypeSupport::register_type(participant, nullptr), DDS_RETCODE_OK);
-  DDSTopic* requests = participant->create_topic("AllRequests", DDSStringTypeSupport::get_type_name(),
-                                                 DDS_TOPIC_QOS_DEFAULT, nullptr, 0);
-  ASSERT_NE(requests, nullptr);
-  replier_side().expect_topic("AllRequests");
-  if (GetParam().participant_per_side) { requester_side->expect_topic("AllRequests"); }
-  DDSContentFilteredTopic* urgent = participant->create_contentfilteredtopic(
-      "CalcRequest", requests, "value >= 'u' AND value < 'v'", DDS_StringSeq());
-  ASSERT_NE(urgent, nullptr);
-  {
-    Requester requester(
-        zemtra::RequesterParams(requester_side->get()).request_topic_name("AllRequests").reply_topic_name("CalcReply"));
-    Replier replier(replier_params());
-    await_others(requester, 1);
-    const DDS_SampleIdentity_t idle = requester.send("idle question");
-    const DDS_SampleIdentity_t hurried = requester.send("urgent question");
-    replier.echo(1);
-    EXPECT_EQ(requester.await(hurried), Strings{"re: urgent question"});
-    EXPECT_EQ(requester.take(idle), Strings{});
-    EXPECT_EQ(replier.receive(1, 1, milliseconds(1)).size(), 0u);
-  }
-  EXPECT_EQ(participant->delete_contentfilteredtopic(urgent), DDS_RETCODE_OK) << "the application's own stays";
 }
 
 RUN_OVER_EVERY_TRANSPORT(Correlation);

@@ -13,7 +13,6 @@
 
 namespace end_to_end {
 
-using support::hexadecimal;
 using support::milliseconds;
 using support::scaled;
 using support::Thread;
@@ -50,16 +49,6 @@ struct OctetsType {
   }
 };
 
-struct Reply {
-  std::string text;
-  DDS_SampleInfo info;
-};
-inline Strings texts(const std::vector<Reply>& replies) {
-  Strings result;
-  for (const Reply& reply : replies) { result.push_back(reply.text); }
-  return result;
-}
-
 /// A front end to a requester, as thin as a typed one.
 template <class Type>
 class BasicRequester : public zemtra::details::RequesterUntypedImpl {
@@ -73,21 +62,19 @@ class BasicRequester : public zemtra::details::RequesterUntypedImpl {
     Type::with_sample(text, [&](const void* sample) { send_sample(sample, write_params); });
     return write_params.identity;
   }
-  std::vector<Reply> replies(const DDS_SampleIdentity_t& request, bool take, int max_samples = DDS_LENGTH_UNLIMITED) {
+  Strings take(const DDS_SampleIdentity_t& request) {
     void** data = nullptr;
     int count = 0;
     DDS_SampleInfoSeq infos;
-    get_reply_loaned(&data, &count, infos, max_samples, request, take);
-    std::vector<Reply> result;
+    get_reply_loaned(&data, &count, infos, DDS_LENGTH_UNLIMITED, request, true);
+    Strings result;
     for (int i = 0; i < count; ++i) {
       EXPECT_TRUE(infos[i].valid_data);
-      result.push_back({Type::text(data[i]), infos[i]});
+      result.push_back(Type::text(data[i]));
     }
     if (count > 0) { return_loan(data, infos); }
     return result;
   }
-  Strings take(const DDS_SampleIdentity_t& request) { return texts(replies(request, true)); }
-  Strings read(const DDS_SampleIdentity_t& request) { return texts(replies(request, false)); }
   /// Waits for as many replies as it takes, then takes all that are there.
   Strings await(const DDS_SampleIdentity_t& request, int min_count = 1) {
     EXPECT_TRUE(wait_for_replies(DDS_DURATION_INFINITE, min_count, request));

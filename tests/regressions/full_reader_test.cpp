@@ -45,24 +45,19 @@ class FullReader : public Participant {
   }
 };
 
-TEST_F(FullReader, AWriterThatWaitsForAnInstanceGoesOnWhenAnInstanceIsUnregistered) {
-  DDSKeyedStringDataReader* reader = create_reader_of_one_instance();
-  auto* first = DDSKeyedStringDataWriter::narrow(create_writer(keyed_strings, patient_writer_qos()));
-  auto* second = DDSKeyedStringDataWriter::narrow(create_writer(keyed_strings, patient_writer_qos()));
-  ASSERT_NO_FATAL_FAILURE(fill(first, reader));
-  std::future<DDS_ReturnCode_t> written = write_second(second);
-  EXPECT_EQ(first->unregister_instance(keyed("first"), DDS_HANDLE_NIL), DDS_RETCODE_OK);
-  EXPECT_EQ(written.get(), DDS_RETCODE_OK);
-}
-
-TEST_F(FullReader, AWriterThatWaitsForAnInstanceGoesOnWhenTheOtherWriterIsDeleted) {
-  DDSKeyedStringDataReader* reader = create_reader_of_one_instance();
-  auto* first = DDSKeyedStringDataWriter::narrow(create_writer(keyed_strings, patient_writer_qos()));
-  auto* second = DDSKeyedStringDataWriter::narrow(create_writer(keyed_strings, patient_writer_qos()));
-  ASSERT_NO_FATAL_FAILURE(fill(first, reader));
-  std::future<DDS_ReturnCode_t> written = write_second(second);
-  EXPECT_EQ(participant->delete_datawriter(first), DDS_RETCODE_OK);
-  EXPECT_EQ(written.get(), DDS_RETCODE_OK);
+TEST_F(FullReader, AWriterThatWaitsForAnInstanceGoesOnWhenOneIsUnregisteredOrItsWriterDeleted) {
+  for (const bool unregisters : {true, false}) {
+    DDSKeyedStringDataReader* reader = create_reader_of_one_instance();
+    auto* first = DDSKeyedStringDataWriter::narrow(create_writer(keyed_strings, patient_writer_qos()));
+    auto* second = DDSKeyedStringDataWriter::narrow(create_writer(keyed_strings, patient_writer_qos()));
+    ASSERT_NO_FATAL_FAILURE(fill(first, reader));
+    std::future<DDS_ReturnCode_t> written = write_second(second);
+    EXPECT_EQ(unregisters ? first->unregister_instance(keyed("first"), DDS_HANDLE_NIL)
+                          : participant->delete_datawriter(first),
+              DDS_RETCODE_OK);
+    EXPECT_EQ(written.get(), DDS_RETCODE_OK);
+    EXPECT_EQ(participant->delete_datareader(reader), DDS_RETCODE_OK);
+  }
 }
 
 TEST_F(FullReader, ASampleWithoutValidDataTakesNoRoomFromAKeepLastHistory) {

@@ -1,53 +1,15 @@
-// Counts every allocation from the heap, of all libraries, by standing in for the functions of the C library.
+// Counts every allocation from the heap, of all libraries.
 
 #include <gtest/gtest.h>
 #include <dds/builtin_types.hpp>
 #include <dds/domain_participant_factory.hpp>
 #include <requestreply/requestreply.hpp>
 
-#include <atomic>
-#include <cerrno>
-#include <cstdlib>
-
-extern "C" {
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
-}
+#include "dds_behaviour/failing_allocation.hpp"
 
 namespace {
 
-std::atomic<long> allocations{0};
-
-}  // namespace
-
-extern "C" {
-void* malloc(std::size_t size) noexcept {
-  ++allocations;
-  return __libc_malloc(size);
-}
-void* calloc(std::size_t count, std::size_t size) noexcept {
-  ++allocations;
-  return __libc_calloc(count, size);
-}
-void* realloc(void* memory, std::size_t size) noexcept {
-  ++allocations;
-  return __libc_realloc(memory, size);
-}
-void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-  ++allocations;
-  return __libc_memalign(alignment, size);
-}
-int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept {
-  ++allocations;
-  *memory = __libc_memalign(alignment, size);
-  return *memory == nullptr ? ENOMEM : 0;
-}
-}
-
-namespace {
-
+using behaviour::allocation_count;
 using zemtra::details::ReplierUntypedImpl;
 using zemtra::details::RequesterUntypedImpl;
 
@@ -91,9 +53,9 @@ void round_trip(RequesterUntypedImpl& requester, ReplierUntypedImpl& replier) {
 }
 
 TEST(Allocation, CounterSeesTheAllocationsOfTheLibraries) {
-  const long before = allocations;
+  const long before = allocation_count();
   DDS_String_free(DDS_String_dup(kText));
-  EXPECT_GT(allocations, before);
+  EXPECT_GT(allocation_count(), before);
 }
 
 TEST(Allocation, DoesNotHappenInASteadyRoundTrip) {
@@ -108,9 +70,9 @@ TEST(Allocation, DoesNotHappenInASteadyRoundTrip) {
     RequesterUntypedImpl requester(requester_params.service_name("Calc"), register_string, register_string,
                                    sizeof(char*), false);
     for (int i = 0; i < 1000; ++i) { round_trip(requester, replier); }
-    const long before = allocations;
+    const long before = allocation_count();
     for (int i = 0; i < 1000; ++i) { round_trip(requester, replier); }
-    EXPECT_EQ(allocations - before, 0);
+    EXPECT_EQ(allocation_count() - before, 0);
   }
   participant->delete_contained_entities();
   EXPECT_EQ(factory->delete_participant(participant), DDS_RETCODE_OK);

@@ -9,42 +9,7 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
 constexpr const char* kEntity = "zemtra::details::EntityUntypedImpl";
-const DDS_ReturnCode_t kFailures[] = {DDS_RETCODE_ERROR,
-                                      DDS_RETCODE_UNSUPPORTED,
-                                      DDS_RETCODE_BAD_PARAMETER,
-                                      DDS_RETCODE_PRECONDITION_NOT_MET,
-                                      DDS_RETCODE_OUT_OF_RESOURCES,
-                                      DDS_RETCODE_NOT_ENABLED,
-                                      DDS_RETCODE_IMMUTABLE_POLICY,
-                                      DDS_RETCODE_INCONSISTENT_POLICY,
-                                      DDS_RETCODE_ALREADY_DELETED,
-                                      DDS_RETCODE_ILLEGAL_OPERATION};
 const DDS_ReturnCode_t kNothingThere[] = {DDS_RETCODE_TIMEOUT, DDS_RETCODE_NO_DATA};
-
-const std::type_info& exception_of(DDS_ReturnCode_t retcode) {
-  switch (retcode) {
-    case DDS_RETCODE_UNSUPPORTED:
-      return typeid(zemtra::UnsupportedException);
-    case DDS_RETCODE_BAD_PARAMETER:
-      return typeid(zemtra::BadParameterException);
-    case DDS_RETCODE_PRECONDITION_NOT_MET:
-      return typeid(zemtra::PreconditionNotMetException);
-    case DDS_RETCODE_OUT_OF_RESOURCES:
-      return typeid(zemtra::OutOfResourcesException);
-    case DDS_RETCODE_NOT_ENABLED:
-      return typeid(zemtra::NotEnabledException);
-    case DDS_RETCODE_IMMUTABLE_POLICY:
-      return typeid(zemtra::ImmutablePolicyException);
-    case DDS_RETCODE_INCONSISTENT_POLICY:
-      return typeid(zemtra::InconsistentPolicyException);
-    case DDS_RETCODE_ALREADY_DELETED:
-      return typeid(zemtra::AlreadyDeletedException);
-    case DDS_RETCODE_ILLEGAL_OPERATION:
-      return typeid(zemtra::IllegalOperationException);
-    default:
-      return typeid(zemtra::RuntimeException);
-  }
-}
 
 /// A call whose failure makes creation fail.
 struct CreationFault {
@@ -77,9 +42,8 @@ class CreationFaults : public RequestReply {
   }
 
   /// Has the call fail while `create` runs, and checks what is thrown and logged and what is left.
-  template <class Create>
   void expect_failure(const CreationFault& fault, DDS_ReturnCode_t retcode, const std::type_info& exception,
-                      Create create) {
+                      const std::function<void()>& create) {
     SCOPED_TRACE(std::string(support::name_of(fault.call)) + " " + std::to_string(fault.occurrence) + ", code " +
                  std::to_string(retcode));
     Seam::get().reset();
@@ -95,8 +59,9 @@ class CreationFaults : public RequestReply {
       EXPECT_EQ(ex.what(), fault.in_initialize ? context + " failure caused by " + cause : cause);
     }
     EXPECT_TRUE(Seam::get().all_happened());
-    std::vector<::testing::Matcher<support::LogLine>> lines = {
-        FailureLine("requestreply/Exception", fault.context, support::filled(*fault.log_template, fault.msg))};
+    std::vector<::testing::Matcher<support::LogLine>> lines;
+    lines.push_back(
+        FailureLine("requestreply/Exception", fault.context, support::filled(*fault.log_template, fault.msg)));
     if (fault.in_initialize) {
       lines.push_back(FailureLine("requestreply/UntypedCommon", context,
                                   support::filled(QVX_LOG_ANY_FAILURE_s, "failed (see previous errors)")));
@@ -106,8 +71,7 @@ class CreationFaults : public RequestReply {
   }
 
   /// Has the call report a failure that nobody may notice while `create` runs.
-  template <class Create>
-  void expect_success(Call call, DDS_ReturnCode_t retcode, Create create) {
+  void expect_success(Call call, DDS_ReturnCode_t retcode, const std::function<void()>& create) {
     SCOPED_TRACE(std::string(support::name_of(call)) + ", code " + std::to_string(retcode));
     Seam::get().reset();
     log_.clear();
@@ -121,42 +85,37 @@ class CreationFaults : public RequestReply {
   const DDS_DataReaderQos reader_qos_;
 };
 
-TEST_F(CreationFaults, OfARequesterAreReportedAndUndoneWhereAFactoryReturnsNull) {
-  const CreationFault faults[] = {
-      {Call::create_topic, 1, "zemtra::details::get_or_create_topic", &QVX_LOG_CREATION_FAILURE_s, "topic CalcRequest"},
-      {Call::duplicate_string, 1, "EntityUntypedImpl::get_datawriter_qos", &QVX_LOG_ANY_FAILURE_s, "allocate string"},
-      {Call::create_datawriter, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "DataWriter"},
-      {Call::create_topic, 2, "zemtra::details::get_or_create_topic", &QVX_LOG_CREATION_FAILURE_s, "topic CalcReply"},
-      {Call::create_contentfilteredtopic, 1, "CorrelationCFTBuilder::create_correlation_cft", &QVX_LOG_CREATE_s,
-       "content-filtered topic for topic CalcReply"},
-      {Call::duplicate_string, 2, "EntityUntypedImpl::get_datareader_qos", &QVX_LOG_ANY_FAILURE_s, "allocate string",
-       "", true},
-      {Call::create_datareader, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "DataReader", "", true},
-      {Call::create_readcondition, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "any-sample read condition",
-       "(CalcRequest, CalcReply)"},
-      {Call::create_readcondition, 2, "initialize", &QVX_LOG_CREATION_FAILURE_s, "not-read-sample read condition",
-       "(CalcRequest, CalcReply)"},
-  };
-  for (const CreationFault& fault : faults) {
-    expect_failure(fault, DDS_RETCODE_ERROR, typeid(zemtra::RuntimeException), [this] { make_requester(); });
-  }
-}
-
-TEST_F(CreationFaults, OfAReplierAreReportedAndUndoneWhereAFactoryReturnsNull) {
-  const CreationFault faults[] = {
-      {Call::create_topic, 1, "zemtra::details::get_or_create_topic", &QVX_LOG_CREATION_FAILURE_s, "topic CalcReply"},
-      {Call::duplicate_string, 1, "EntityUntypedImpl::get_datawriter_qos", &QVX_LOG_ANY_FAILURE_s, "allocate string"},
-      {Call::create_datawriter, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "DataWriter"},
-      {Call::create_topic, 2, "zemtra::details::get_or_create_topic", &QVX_LOG_CREATION_FAILURE_s, "topic CalcRequest"},
-      {Call::duplicate_string, 2, "EntityUntypedImpl::get_datareader_qos", &QVX_LOG_ANY_FAILURE_s, "allocate string"},
-      {Call::create_datareader, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "DataReader"},
-      {Call::create_readcondition, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "any-sample read condition",
-       "(CalcReply, CalcRequest)"},
-      {Call::create_readcondition, 2, "initialize", &QVX_LOG_CREATION_FAILURE_s, "not-read-sample read condition",
-       "(CalcReply, CalcRequest)"},
-  };
-  for (const CreationFault& fault : faults) {
-    expect_failure(fault, DDS_RETCODE_ERROR, typeid(zemtra::RuntimeException), [this] { make_replier(); });
+TEST_F(CreationFaults, AreReportedAndUndoneWhereAFactoryReturnsNull) {
+  constexpr DDS_ReturnCode_t error = DDS_RETCODE_ERROR;
+  const char* topics = "zemtra::details::get_or_create_topic";
+  const QVXLogMessage *creation = &QVX_LOG_CREATION_FAILURE_s, *any = &QVX_LOG_ANY_FAILURE_s;
+  for (const bool requester : {true, false}) {
+    const char* first_topic = requester ? "topic CalcRequest" : "topic CalcReply";
+    const char* second_topic = requester ? "topic CalcReply" : "topic CalcRequest";
+    const char* names = requester ? "(CalcRequest, CalcReply)" : "(CalcReply, CalcRequest)";
+    std::vector<CreationFault> faults = {
+        {Call::create_topic, 1, topics, creation, first_topic},
+        {Call::duplicate_string, 1, "EntityUntypedImpl::get_datawriter_qos", any, "allocate string"},
+        {Call::create_datawriter, 1, "initialize", creation, "DataWriter"},
+        {Call::create_topic, 2, topics, creation, second_topic},
+        {Call::duplicate_string, 2, "EntityUntypedImpl::get_datareader_qos", any, "allocate string", "", requester},
+        {Call::create_datareader, 1, "initialize", creation, "DataReader", "", requester},
+        {Call::create_readcondition, 1, "initialize", creation, "any-sample read condition", names},
+        {Call::create_readcondition, 2, "initialize", creation, "not-read-sample read condition", names},
+    };
+    if (requester) {
+      faults.push_back({Call::create_contentfilteredtopic, 1, "CorrelationCFTBuilder::create_correlation_cft",
+                        &QVX_LOG_CREATE_s, "content-filtered topic for topic CalcReply"});
+    }
+    for (const CreationFault& fault : faults) {
+      expect_failure(fault, error, typeid(zemtra::RuntimeException), [&] {
+        if (requester) {
+          make_requester();
+        } else {
+          make_replier();
+        }
+      });
+    }
   }
 }
 
@@ -180,8 +139,8 @@ TEST_F(CreationFaults, AreReportedWithTheClassOfTheCodeThatTheMiddlewareReturns)
   };
   for (const auto& [fault, source] : faults) {
     const Source from = source;
-    for (const DDS_ReturnCode_t retcode : kFailures) {
-      expect_failure(fault, retcode, exception_of(retcode), [this, from] { create_requester(from); });
+    for (const Failure& failure : kFailures) {
+      expect_failure(fault, failure.retcode, *failure.exception, [this, from] { create_requester(from); });
     }
     for (const DDS_ReturnCode_t retcode : kNothingThere) {
       expect_success(fault.call, retcode, [this, from] { create_requester(from); });
@@ -191,8 +150,8 @@ TEST_F(CreationFaults, AreReportedWithTheClassOfTheCodeThatTheMiddlewareReturns)
 
 TEST_F(CreationFaults, OfTheWaitSetAndTheWritersQosAreNotLookedAt) {
   for (const Call call : {Call::attach_condition, Call::get_writer_qos}) {
-    for (const DDS_ReturnCode_t retcode : kFailures) {
-      expect_success(call, retcode, [this] { make_requester(); });
+    for (const Failure& failure : kFailures) {
+      expect_success(call, failure.retcode, [this] { make_requester(); });
     }
   }
 }
@@ -204,37 +163,19 @@ TEST_F(CreationFaults, OfThePoolOfWaitSetsAreExhaustedMemory) {
   EXPECT_EQ(delete_topics(), 0);
 }
 
-TEST_F(CreationFaults, OfThePublisherAndSubscriberAreReportedLikeTheParticipants) {
-  DDSPublisher* publisher = participant_->create_publisher(DDS_PUBLISHER_QOS_DEFAULT, nullptr, 0);
-  DDSSubscriber* subscriber = participant_->create_subscriber(DDS_SUBSCRIBER_QOS_DEFAULT, nullptr, 0);
-  const zemtra::RequesterParams params = requester_params().publisher(publisher).subscriber(subscriber);
-  const CreationFault faults[] = {
-      {Call::create_datawriter, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "DataWriter"},
-      {Call::create_datareader, 1, "initialize", &QVX_LOG_CREATION_FAILURE_s, "DataReader", "", true}};
-  for (const CreationFault& fault : faults) {
-    expect_failure(fault, DDS_RETCODE_ERROR, typeid(zemtra::RuntimeException), [&] { make_requester(params); });
-  }
-  EXPECT_EQ(participant_->delete_publisher(publisher), DDS_RETCODE_OK);
-  EXPECT_EQ(participant_->delete_subscriber(subscriber), DDS_RETCODE_OK);
-}
-
 TEST_F(CreationFaults, ThatAreNotTheLibrarysOwnPassUnchangedAndAreUndone) {
-  const std::pair<Call, int> calls[] = {{Call::create_topic, 1},
-                                        {Call::get_default_datawriter_qos, 1},
-                                        {Call::duplicate_string, 1},
-                                        {Call::create_datawriter, 1},
-                                        {Call::create_topic, 2},
-                                        {Call::get_writer_qos, 1},
-                                        {Call::create_contentfilteredtopic, 1},
-                                        {Call::get_default_datareader_qos, 1},
-                                        {Call::duplicate_string, 2},
-                                        {Call::add_property, 1},
-                                        {Call::create_datareader, 1},
-                                        {Call::create_readcondition, 1},
-                                        {Call::create_readcondition, 2},
-                                        {Call::attach_condition, 1},
-                                        {Call::create_index, 1},
-                                        {Call::create_pool, 1}};
+  const Call once[] = {Call::create_topic,         Call::get_default_datawriter_qos,
+                       Call::duplicate_string,     Call::create_datawriter,
+                       Call::get_writer_qos,       Call::create_contentfilteredtopic,
+                       Call::add_property,         Call::get_default_datareader_qos,
+                       Call::create_datareader,    Call::attach_condition,
+                       Call::create_readcondition, Call::create_index,
+                       Call::create_pool};
+  std::vector<std::pair<Call, int>> calls;
+  for (const Call call : once) { calls.emplace_back(call, 1); }
+  for (const Call call : {Call::create_topic, Call::duplicate_string, Call::create_readcondition}) {
+    calls.emplace_back(call, 2);
+  }
   for (const auto& [call, occurrence] : calls) {
     SCOPED_TRACE(std::string(support::name_of(call)) + " " + std::to_string(occurrence));
     Seam::get().reset();
@@ -248,13 +189,6 @@ TEST_F(CreationFaults, ThatAreNotTheLibrarysOwnPassUnchangedAndAreUndone) {
   }
 }
 
-/// A call whose failure deletion logs, and what follows from it.
-struct DeletionFault {
-  Call call;
-  int occurrence;
-  std::vector<std::string> logged;
-};
-
 class DeletionFaults : public RequestReply {
  protected:
   static std::string not_removed() { return support::filled(QVX_LOG_REMOVE_FAILURE_s, "condition"); }
@@ -263,22 +197,20 @@ class DeletionFaults : public RequestReply {
   }
 
   template <class Make>
-  void expect_logged(const DeletionFault& fault, Make make) {
+  void expect_logged(Call call, int occurrence, const std::vector<std::string>& expected, Make make) {
     for (int retcode = DDS_RETCODE_ERROR; retcode <= DDS_RETCODE_ILLEGAL_OPERATION; ++retcode) {
-      SCOPED_TRACE(std::string(support::name_of(fault.call)) + " " + std::to_string(fault.occurrence) + ", code " +
+      SCOPED_TRACE(std::string(support::name_of(call)) + " " + std::to_string(occurrence) + ", code " +
                    std::to_string(retcode));
       auto entity = make();
       Seam::get().reset();
       log_.clear();
-      Seam::get().plan({fault.call, fault.occurrence, static_cast<DDS_ReturnCode_t>(retcode)});
+      Seam::get().plan({call, occurrence, static_cast<DDS_ReturnCode_t>(retcode)});
       EXPECT_NO_THROW(entity->finalize());
       EXPECT_TRUE(Seam::get().all_happened());
       EXPECT_EQ(Seam::get().count(Call::delete_datawriter), 1) << "one failure does not stop the rest";
-      EXPECT_EQ(entity->reader, nullptr);
-      EXPECT_EQ(entity->writer, nullptr);
-      EXPECT_EQ(entity->not_read_condition, nullptr);
-      EXPECT_EQ(entity->any_sample_condition, nullptr);
-      EXPECT_THAT(logged(), ElementsAreArray(fault.logged));
+      EXPECT_TRUE(entity->reader == nullptr && entity->writer == nullptr);
+      EXPECT_TRUE(entity->not_read_condition == nullptr && entity->any_sample_condition == nullptr);
+      EXPECT_THAT(logged(), ElementsAreArray(expected));
       for (const support::LogLine& line : log_.lines()) {
         EXPECT_THAT(line, FailureLine("requestreply/UntypedCommon", "finalize", line.text));
       }
@@ -287,37 +219,29 @@ class DeletionFaults : public RequestReply {
   }
 };
 
-TEST_F(DeletionFaults, OfARequesterAreLoggedAndTheRestIsDeletedAllTheSame) {
-  const DeletionFault faults[] = {
+TEST_F(DeletionFaults, AreLoggedAndTheRestIsDeletedAllTheSame) {
+  struct {
+    Call call;
+    int occurrence;
+    std::vector<std::string> logged;
+    bool filter = false;  // a requester's content-filtered topic cannot be deleted then either
+  } const faults[] = {
       {Call::detach_condition, 1, {not_removed()}},
-      {Call::delete_readcondition,
-       1,
-       {not_deleted("read condition (1)"), not_deleted("reader"), not_deleted("content-filtered topic")}},
-      {Call::delete_readcondition,
-       2,
-       {not_deleted("read condition (2)"), not_deleted("reader"), not_deleted("content-filtered topic")}},
-      {Call::get_reader_topicdescription, 1, {not_deleted("content-filtered topic")}},
-      {Call::delete_datareader, 1, {not_deleted("reader"), not_deleted("content-filtered topic")}},
-      {Call::delete_contentfilteredtopic, 1, {not_deleted("content-filtered topic")}},
+      {Call::delete_readcondition, 1, {not_deleted("read condition (1)"), not_deleted("reader")}, true},
+      {Call::delete_readcondition, 2, {not_deleted("read condition (2)"), not_deleted("reader")}, true},
+      {Call::get_reader_topicdescription, 1, {}, true},
+      {Call::delete_datareader, 1, {not_deleted("reader")}, true},
       {Call::delete_datawriter, 1, {not_deleted("writer")}},
   };
-  for (const DeletionFault& fault : faults) {
-    expect_logged(fault, [this] { return make_requester(); });
+  const std::string filter = not_deleted("content-filtered topic");
+  const auto requester = [this] { return make_requester(); };
+  for (const auto& fault : faults) {
+    expect_logged(fault.call, fault.occurrence, fault.logged, [this] { return make_replier(); });
+    std::vector<std::string> of_requester = fault.logged;
+    if (fault.filter) { of_requester.push_back(filter); }
+    expect_logged(fault.call, fault.occurrence, of_requester, requester);
   }
-}
-
-TEST_F(DeletionFaults, OfAReplierAreLoggedAndTheRestIsDeletedAllTheSame) {
-  const DeletionFault faults[] = {
-      {Call::detach_condition, 1, {not_removed()}},
-      {Call::delete_readcondition, 1, {not_deleted("read condition (1)"), not_deleted("reader")}},
-      {Call::delete_readcondition, 2, {not_deleted("read condition (2)"), not_deleted("reader")}},
-      {Call::get_reader_topicdescription, 1, {}},
-      {Call::delete_datareader, 1, {not_deleted("reader")}},
-      {Call::delete_datawriter, 1, {not_deleted("writer")}},
-  };
-  for (const DeletionFault& fault : faults) {
-    expect_logged(fault, [this] { return make_replier(); });
-  }
+  expect_logged(Call::delete_contentfilteredtopic, 1, {filter}, requester);
 }
 
 TEST_F(DeletionFaults, AreNotLoggedWhenAMaskForbidsIt) {

@@ -6,6 +6,12 @@ namespace {
 
 class EntityParameters : public RequestReply {
  protected:
+  ~EntityParameters() override {
+    participant_->delete_publisher(publisher_);
+    participant_->delete_subscriber(subscriber_);
+  }
+  DDSPublisher* const publisher_ = participant_->create_publisher(DDS_PUBLISHER_QOS_DEFAULT, nullptr, 0);
+  DDSSubscriber* const subscriber_ = participant_->create_subscriber(DDS_SUBSCRIBER_QOS_DEFAULT, nullptr, 0);
   static std::string failure(const std::string& msg) {
     return report("EntityParams::validate", DDS_LOG_BAD_PARAMETER_s, msg);
   }
@@ -13,8 +19,6 @@ class EntityParameters : public RequestReply {
 
 TEST_F(EntityParameters, ReportTheFirstWrongCombinationAndOnlyThat) {
   support::FaultyParticipant other(*real_participant_);
-  DDSPublisher* publisher = participant_->create_publisher(DDS_PUBLISHER_QOS_DEFAULT, nullptr, 0);
-  DDSSubscriber* subscriber = participant_->create_subscriber(DDS_SUBSCRIBER_QOS_DEFAULT, nullptr, 0);
   struct Case {
     DDSDomainParticipant* participant;
     const char *service, *request, *reply;
@@ -28,17 +32,17 @@ TEST_F(EntityParameters, ReportTheFirstWrongCombinationAndOnlyThat) {
   const char* foreign_subscriber = "subscriber belongs to different participant";
   const Case cases[] = {
       {nullptr, "S", "", "", nullptr, nullptr, "NULL participant"},
-      {nullptr, "S", "A", "B", publisher, subscriber, "NULL participant"},
+      {nullptr, "S", "A", "B", publisher_, subscriber_, "NULL participant"},
       {participant_.get(), "S", "A", "", nullptr, nullptr, both},
       {participant_.get(), "S", "", "B", nullptr, nullptr, both},
       {participant_.get(), "S", "A", "B", nullptr, nullptr, both},
       {participant_.get(), "", "A", "", nullptr, nullptr, neither},
       {participant_.get(), "", "", "B", nullptr, nullptr, neither},
       {participant_.get(), "", "", "", nullptr, nullptr, neither},
-      {&other, "", "", "", publisher, subscriber, neither},
-      {&other, "S", "", "", publisher, nullptr, foreign_publisher},
-      {&other, "S", "", "", publisher, subscriber, foreign_publisher},
-      {&other, "", "A", "B", nullptr, subscriber, foreign_subscriber},
+      {&other, "", "", "", publisher_, subscriber_, neither},
+      {&other, "S", "", "", publisher_, nullptr, foreign_publisher},
+      {&other, "S", "", "", publisher_, subscriber_, foreign_publisher},
+      {&other, "", "A", "B", nullptr, subscriber_, foreign_subscriber},
   };
   for (const Case& entry : cases) {
     OpenParams params(entry.participant);
@@ -53,36 +57,17 @@ TEST_F(EntityParameters, ReportTheFirstWrongCombinationAndOnlyThat) {
                 ::testing::ElementsAre(FailureLine("requestreply/Exception", "EntityParams::validate",
                                                    support::filled(DDS_LOG_BAD_PARAMETER_s, entry.failure))));
   }
-  participant_->delete_publisher(publisher);
-  participant_->delete_subscriber(subscriber);
 }
 
 TEST_F(EntityParameters, AcceptAServiceNameOrBothTopicNamesWithOwnPublisherAndSubscriber) {
-  DDSPublisher* publisher = participant_->create_publisher(DDS_PUBLISHER_QOS_DEFAULT, nullptr, 0);
-  DDSSubscriber* subscriber = participant_->create_subscriber(DDS_SUBSCRIBER_QOS_DEFAULT, nullptr, 0);
   zemtra::RequesterParams params(participant_.get());
+  EXPECT_TRUE(params.datawriter_qos() == nullptr && params.datareader_qos() == nullptr);
+  EXPECT_TRUE(params.datawriter_type_support() == nullptr && params.datareader_type_support() == nullptr);
   EXPECT_NO_THROW(params.service_name(" ").validate());
-  EXPECT_NO_THROW(params.publisher(publisher).subscriber(subscriber).validate());
+  EXPECT_NO_THROW(params.publisher(publisher_).subscriber(subscriber_).validate());
   EXPECT_NO_THROW(params.service_name("").request_topic_name("A").reply_topic_name("B").validate());
   EXPECT_NO_THROW(params.qos_profile("", "profile without library").validate());
   EXPECT_THAT(log_.lines(), ::testing::IsEmpty());
-  participant_->delete_publisher(publisher);
-  participant_->delete_subscriber(subscriber);
-}
-
-TEST_F(EntityParameters, AreEmptyAtFirst) {
-  const zemtra::RequesterParams params(participant_.get());
-  EXPECT_EQ(params.participant(), participant_.get());
-  for (const std::string* name : {&params.service_name(), &params.request_topic_name(), &params.reply_topic_name(),
-                                  &params.qos_library_name(), &params.qos_profile_name()}) {
-    EXPECT_EQ(*name, "");
-  }
-  EXPECT_EQ(params.datawriter_qos(), nullptr);
-  EXPECT_EQ(params.datareader_qos(), nullptr);
-  EXPECT_EQ(params.publisher(), nullptr);
-  EXPECT_EQ(params.subscriber(), nullptr);
-  EXPECT_EQ(params.datawriter_type_support(), nullptr);
-  EXPECT_EQ(params.datareader_type_support(), nullptr);
 }
 
 TEST_F(EntityParameters, AreSetInAChainInWhichTheLastCallWins) {

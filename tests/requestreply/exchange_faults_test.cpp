@@ -8,21 +8,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-struct Failure {
-  DDS_ReturnCode_t retcode;
-  const std::type_info* exception;
-};
-const Failure kFailures[] = {{DDS_RETCODE_ERROR, &typeid(zemtra::RuntimeException)},
-                             {DDS_RETCODE_UNSUPPORTED, &typeid(zemtra::UnsupportedException)},
-                             {DDS_RETCODE_BAD_PARAMETER, &typeid(zemtra::BadParameterException)},
-                             {DDS_RETCODE_PRECONDITION_NOT_MET, &typeid(zemtra::PreconditionNotMetException)},
-                             {DDS_RETCODE_OUT_OF_RESOURCES, &typeid(zemtra::OutOfResourcesException)},
-                             {DDS_RETCODE_NOT_ENABLED, &typeid(zemtra::NotEnabledException)},
-                             {DDS_RETCODE_IMMUTABLE_POLICY, &typeid(zemtra::ImmutablePolicyException)},
-                             {DDS_RETCODE_INCONSISTENT_POLICY, &typeid(zemtra::InconsistentPolicyException)},
-                             {DDS_RETCODE_ALREADY_DELETED, &typeid(zemtra::AlreadyDeletedException)},
-                             {DDS_RETCODE_ILLEGAL_OPERATION, &typeid(zemtra::IllegalOperationException)}};
-
 constexpr const char* kRead = "EntityUntypedImpl::get_sample_loaned";
 constexpr const char* kWait = "EntityUntypedImpl::wait_for_samples";
 constexpr const char* kSend = "EntityUntypedImpl::send_sample";

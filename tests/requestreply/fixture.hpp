@@ -25,6 +25,29 @@ using zemtra::details::RequesterUntypedImpl;
 constexpr DDS_Duration_t kShort{0, 1000000};
 constexpr DDS_Duration_t kLong{60, 0};
 
+/// A code with which a call may fail, and the class of the exception that reports it.
+struct Failure {
+  DDS_ReturnCode_t retcode;
+  const std::type_info* exception;
+};
+const Failure kFailures[] = {{DDS_RETCODE_ERROR, &typeid(zemtra::RuntimeException)},
+                             {DDS_RETCODE_UNSUPPORTED, &typeid(zemtra::UnsupportedException)},
+                             {DDS_RETCODE_BAD_PARAMETER, &typeid(zemtra::BadParameterException)},
+                             {DDS_RETCODE_PRECONDITION_NOT_MET, &typeid(zemtra::PreconditionNotMetException)},
+                             {DDS_RETCODE_OUT_OF_RESOURCES, &typeid(zemtra::OutOfResourcesException)},
+                             {DDS_RETCODE_NOT_ENABLED, &typeid(zemtra::NotEnabledException)},
+                             {DDS_RETCODE_IMMUTABLE_POLICY, &typeid(zemtra::ImmutablePolicyException)},
+                             {DDS_RETCODE_INCONSISTENT_POLICY, &typeid(zemtra::InconsistentPolicyException)},
+                             {DDS_RETCODE_ALREADY_DELETED, &typeid(zemtra::AlreadyDeletedException)},
+                             {DDS_RETCODE_ILLEGAL_OPERATION, &typeid(zemtra::IllegalOperationException)}};
+
+const DDS_SequenceNumber_t kNumbersOfNoRequest[] = {DDS_AUTO_SEQUENCE_NUMBER, DDS::SEQUENCE_NUMBER_MAX,
+                                                    DDS::SEQUENCE_NUMBER_ZERO, DDS::SEQUENCE_NUMBER_UNKNOWN};
+
+inline bool operator==(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) {
+  return DDS_GUID_equals(&a.writer_guid, &b.writer_guid) && a.sequence_number == b.sequence_number;
+}
+
 /// What a typed front end for strings supplies.
 const char* register_string(DDSTypeSupport* type_support, DDSDomainParticipant* participant);
 constexpr int kSampleSize = sizeof(char*);

@@ -68,12 +68,10 @@ TEST_F(EntityContext, IsPutInFrontOfTheExceptionThatIsThrownAgain) {
   EXPECT_EQ(message_of<zemtra::NotEnabledException>([&] { replier->log_and_rethrow(exception_, "Class", "method"); }),
             "Class(CalcReply, CalcRequest)::method failure caused by M");
   EXPECT_EQ(log_.lines().size(), 2u);
-}
-
-TEST_F(EntityContext, HasNoTopicsForAnEntityWithoutWriter) {
-  const ReplierUntypedImpl replier;
-  EXPECT_EQ(message_of<zemtra::NotEnabledException>([&] { replier.log_and_rethrow(exception_, "Class", "method"); }),
-            "Class::method failure caused by M");
+  const ReplierUntypedImpl without_writer;
+  EXPECT_EQ(
+      message_of<zemtra::NotEnabledException>([&] { without_writer.log_and_rethrow(exception_, "Class", "method"); }),
+      "Class::method failure caused by M");
 }
 
 TEST_F(EntityContext, IsNotLoggedWhenAMaskForbidsIt) {

@@ -7,10 +7,6 @@ using ::testing::ElementsAre;
 
 class Sending : public RequestReply {};
 
-bool operator==(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) {
-  return DDS_GUID_equals(&a.writer_guid, &b.writer_guid) && a.sequence_number == b.sequence_number;
-}
-
 TEST_F(Sending, LetsTheMiddlewareChooseTheIdentityAndLeavesItWithTheCaller) {
   const auto requester = make_requester();
   const char* sample = "request";
@@ -43,26 +39,6 @@ TEST_F(Sending, PassesEverythingElseOnAsItIs) {
   EXPECT_TRUE(loan.infos[0].related_sample_identity == params.related_sample_identity);
   EXPECT_TRUE(loan.infos[0].sample_identity == params.identity);
   EXPECT_TRUE(loan.infos[0].source_timestamp == params.source_timestamp);
-}
-
-TEST_F(Sending, TimesOutWhenAFullReaderBlocksTheWriterTooLong) {
-  DDS_DataReaderQos full;
-  full.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
-  full.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-  full.resource_limits.max_samples = 1;
-  OpenParams params = replier_params();
-  params.datareader_qos_ = &full;
-  const auto replier = make_replier(params);
-  DDS_DataWriterQos hasty;
-  hasty.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-  hasty.reliability.max_blocking_time = kShort;
-  const auto requester = make_requester(requester_params().datawriter_qos(hasty));
-  send(*requester, "first");
-  EXPECT_EQ(message_of<zemtra::TimeoutException>([&] { send(*requester, "second"); }),
-            report("EntityUntypedImpl::send_sample", QVX_LOG_ANY_FAILURE_s, "DataWriter write timeout"));
-  EXPECT_THAT(take_all(*replier), ElementsAre("first"));
-  send(*requester, "third");
-  EXPECT_THAT(take_all(*replier), ElementsAre("third"));
 }
 
 TEST_F(Sending, ReportsASampleThatCannotBeWritten) {

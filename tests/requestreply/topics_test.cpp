@@ -57,14 +57,5 @@ TEST_F(Topics, ThatAreFilteredAreReturnedOnlyWhereAllowed) {
   EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
 }
 
-TEST_F(Topics, ThatCannotBeCreatedAreReportedByName) {
-  Seam::get().plan({Call::create_topic});
-  EXPECT_EQ(
-      message_of<zemtra::RuntimeException>([&] { get_or_create_topic(participant_.get(), "T", type_name_, false); }),
-      report("zemtra::details::get_or_create_topic", QVX_LOG_CREATION_FAILURE_s, "topic T"));
-  EXPECT_THAT(logged(), ::testing::ElementsAre(support::filled(QVX_LOG_CREATION_FAILURE_s, "topic T")));
-  EXPECT_EQ(real_participant_->lookup_topicdescription("T"), nullptr);
-}
-
 }  // namespace
 }  // namespace requestreply_test

@@ -10,20 +10,59 @@
 
 namespace support {
 
-/// Creates and deletes wrapped writers and readers, for the wrapping participant and its publishers and subscribers.
-class FaultyEntities {
+/// The wrapping entities of one kind.
+template <class Wrapper, class Entity>
+class Wrappers {
  public:
-  DDSDataWriter* wrap(DDSDataWriter* real);
-  DDSDataReader* wrap(DDSDataReader* real);
-  /// The real entity behind a wrapping one, otherwise the argument itself.
-  DDSDataWriter* unwrap(DDSDataWriter* writer) const;
-  DDSDataReader* unwrap(DDSDataReader* reader) const;
-  void forget(DDSDataWriter* writer);
-  void forget(DDSDataReader* reader);
+  template <class... Arguments>
+  Entity* wrap(Entity* real, Arguments&... arguments) {
+    if (real == nullptr) { return nullptr; }
+    return wrappers_.emplace_back(std::make_unique<Wrapper>(*real, arguments...)).get();
+  }
+  /// Deletes the real entity behind a wrapping one by its real owner's operation.
+  template <class Owner>
+  DDS_ReturnCode_t remove(Entity* entity, Owner& owner, DDS_ReturnCode_t (Owner::*operation)(Entity*)) {
+    for (auto wrapper = wrappers_.begin(); wrapper != wrappers_.end(); ++wrapper) {
+      if (wrapper->get() != entity) { continue; }
+      const DDS_ReturnCode_t retcode = (owner.*operation)((*wrapper)->real());
+      if (retcode == DDS_RETCODE_OK) { wrappers_.erase(wrapper); }
+      return retcode;
+    }
+    return (owner.*operation)(entity);
+  }
 
  private:
-  std::vector<std::unique_ptr<FaultyWriter>> writers_;
-  std::vector<std::unique_ptr<FaultyReader>> readers_;
+  std::vector<std::unique_ptr<Wrapper>> wrappers_;
+};
+
+/// The wrapping writers and readers of a participant, and how they are made and deleted by it, its publishers and
+/// subscribers.
+struct FaultyEntities {
+  template <class Owner>
+  DDSDataWriter* create_datawriter(const char* who, Owner& owner, DDSTopic* topic, const DDS_DataWriterQos& qos,
+                                   DDSDataWriterListener* listener, DDS_StatusMask mask) {
+    if (Seam::get().enter(Call::create_datawriter, std::string(who) + ".create_datawriter")) { return nullptr; }
+    return writers.wrap(owner.create_datawriter(topic, qos, listener, mask));
+  }
+  template <class Owner>
+  DDS_ReturnCode_t delete_datawriter(const char* who, Owner& owner, DDSDataWriter* writer) {
+    const auto fault = Seam::get().enter(Call::delete_datawriter, std::string(who) + ".delete_datawriter");
+    return fault ? *fault : writers.remove(writer, owner, &Owner::delete_datawriter);
+  }
+  template <class Owner>
+  DDSDataReader* create_datareader(const char* who, Owner& owner, DDSTopicDescription* topic,
+                                   const DDS_DataReaderQos& qos, DDSDataReaderListener* listener, DDS_StatusMask mask) {
+    if (Seam::get().enter(Call::create_datareader, std::string(who) + ".create_datareader")) { return nullptr; }
+    return readers.wrap(owner.create_datareader(topic, qos, listener, mask));
+  }
+  template <class Owner>
+  DDS_ReturnCode_t delete_datareader(const char* who, Owner& owner, DDSDataReader* reader) {
+    const auto fault = Seam::get().enter(Call::delete_datareader, std::string(who) + ".delete_datareader");
+    return fault ? *fault : readers.remove(reader, owner, &Owner::delete_datareader);
+  }
+
+  Wrappers<FaultyWriter, DDSDataWriter> writers;
+  Wrappers<FaultyReader, DDSDataReader> readers;
 };
 
 class FaultyPublisher final : public DDSPublisher {
@@ -35,8 +74,12 @@ class FaultyPublisher final : public DDSPublisher {
 
   DDSDomainParticipant* get_participant() override { return &participant_; }
   DDSDataWriter* create_datawriter(DDSTopic* topic, const DDS_DataWriterQos& qos, DDSDataWriterListener* listener,
-                                   DDS_StatusMask mask) override;
-  DDS_ReturnCode_t delete_datawriter(DDSDataWriter* writer) override;
+                                   DDS_StatusMask mask) override {
+    return entities_.create_datawriter("publisher", real_, topic, qos, listener, mask);
+  }
+  DDS_ReturnCode_t delete_datawriter(DDSDataWriter* writer) override {
+    return entities_.delete_datawriter("publisher", real_, writer);
+  }
   DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
   DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }
   DDS_InstanceHandle_t get_instance_handle() override { return real_.get_instance_handle(); }
@@ -56,8 +99,12 @@ class FaultySubscriber final : public DDSSubscriber {
 
   DDSDomainParticipant* get_participant() override { return &participant_; }
   DDSDataReader* create_datareader(DDSTopicDescription* topic, const DDS_DataReaderQos& qos,
-                                   DDSDataReaderListener* listener, DDS_StatusMask mask) override;
-  DDS_ReturnCode_t delete_datareader(DDSDataReader* reader) override;
+                                   DDSDataReaderListener* listener, DDS_StatusMask mask) override {
+    return entities_.create_datareader("subscriber", real_, topic, qos, listener, mask);
+  }
+  DDS_ReturnCode_t delete_datareader(DDSDataReader* reader) override {
+    return entities_.delete_datareader("subscriber", real_, reader);
+  }
   DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
   DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }
   DDS_InstanceHandle_t get_instance_handle() override { return real_.get_instance_handle(); }
@@ -87,15 +134,32 @@ class FaultyParticipant final : public DDSDomainParticipant {
                                                        const DDS_StringSeq& expression_parameters) override;
   DDS_ReturnCode_t delete_contentfilteredtopic(DDSContentFilteredTopic* topic) override;
   DDSDataWriter* create_datawriter(DDSTopic* topic, const DDS_DataWriterQos& qos, DDSDataWriterListener* listener,
-                                   DDS_StatusMask mask) override;
-  DDS_ReturnCode_t delete_datawriter(DDSDataWriter* writer) override;
+                                   DDS_StatusMask mask) override {
+    return entities_.create_datawriter("participant", real_, topic, qos, listener, mask);
+  }
+  DDS_ReturnCode_t delete_datawriter(DDSDataWriter* writer) override {
+    return entities_.delete_datawriter("participant", real_, writer);
+  }
   DDSDataReader* create_datareader(DDSTopicDescription* topic, const DDS_DataReaderQos& qos,
-                                   DDSDataReaderListener* listener, DDS_StatusMask mask) override;
-  DDS_ReturnCode_t delete_datareader(DDSDataReader* reader) override;
-  DDSPublisher* create_publisher(const DDS_PublisherQos& qos, void* listener, DDS_StatusMask mask) override;
-  DDS_ReturnCode_t delete_publisher(DDSPublisher* publisher) override;
-  DDSSubscriber* create_subscriber(const DDS_SubscriberQos& qos, void* listener, DDS_StatusMask mask) override;
-  DDS_ReturnCode_t delete_subscriber(DDSSubscriber* subscriber) override;
+                                   DDSDataReaderListener* listener, DDS_StatusMask mask) override {
+    reader_listeners.emplace_back(listener, mask);
+    return entities_.create_datareader("participant", real_, topic, qos, listener, mask);
+  }
+  DDS_ReturnCode_t delete_datareader(DDSDataReader* reader) override {
+    return entities_.delete_datareader("participant", real_, reader);
+  }
+  DDSPublisher* create_publisher(const DDS_PublisherQos& qos, void* listener, DDS_StatusMask mask) override {
+    return publishers_.wrap(real_.create_publisher(qos, listener, mask), *this, entities_);
+  }
+  DDS_ReturnCode_t delete_publisher(DDSPublisher* publisher) override {
+    return publishers_.remove(publisher, real_, &DDSDomainParticipant::delete_publisher);
+  }
+  DDSSubscriber* create_subscriber(const DDS_SubscriberQos& qos, void* listener, DDS_StatusMask mask) override {
+    return subscribers_.wrap(real_.create_subscriber(qos, listener, mask), *this, entities_);
+  }
+  DDS_ReturnCode_t delete_subscriber(DDSSubscriber* subscriber) override {
+    return subscribers_.remove(subscriber, real_, &DDSDomainParticipant::delete_subscriber);
+  }
   DDS_ReturnCode_t get_default_datawriter_qos(DDS_DataWriterQos& qos, const char* topic_name) override;
   DDS_ReturnCode_t get_default_datareader_qos(DDS_DataReaderQos& qos, const char* topic_name) override;
   DDS_ReturnCode_t get_current_time(DDS_Time_t& time) override;
@@ -138,8 +202,8 @@ class FaultyParticipant final : public DDSDomainParticipant {
  private:
   DDSDomainParticipant& real_;
   FaultyEntities entities_;
-  std::vector<std::unique_ptr<FaultyPublisher>> publishers_;
-  std::vector<std::unique_ptr<FaultySubscriber>> subscribers_;
+  Wrappers<FaultyPublisher, DDSPublisher> publishers_;
+  Wrappers<FaultySubscriber, DDSSubscriber> subscribers_;
 };
 
 }  // namespace support
