@@ -9,7 +9,8 @@
 
 namespace zemtra {
 
-/// A request that has been sent and whose replies are being consumed, in the order of their arrival:
+/// A request that has been sent and whose replies are being consumed, in the order of their arrival (of a type with
+/// key, those of one instance after those of another):
 ///
 ///     for (const auto& reply : requester.send(query, 500ms)) { use(reply.data()); }
 ///
@@ -78,8 +79,8 @@ class PendingRequest {
 
   /// At most `count` replies until the deadline; none for zero or less. As of `until`, the result is a range for one
   /// pass that refers to the pending request.
-  auto replies(int count) && = delete;  // the pending request would be gone before its replies are used
   auto replies(int count) & { return Replies<Countdown>{*this, Countdown{count}, count <= 0}; }
+  auto replies(int count) && = delete;  // the pending request would be gone before its replies are used
   /// The replies until the deadline or the one of which `is_last` is true; that one is the last. `is_last` is asked
   /// once for each reply, after it has been used.
   template <class IsLast>
