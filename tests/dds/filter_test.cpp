@@ -246,17 +246,4 @@ TEST_F(Filtering, TheLongestRowOfOperandsIsEvaluatedWithoutAllocation) {
   }
 }
 
-TEST_F(Filtering, ExhaustedMemoryIsLoggedAndGivesNoFilter) {
-  set_parameters({"a parameter that does not fit into a short string"});
-  const std::string expression = "key = %0 OR NOT (value = 'another text of some length' AND " + own_number + " = 5)";
-  std::unique_ptr<const dds::Filter> filter;
-  fail_each_allocation(
-      [&] {
-        filter = dds::Filter::compile(expression.c_str(), parameters_, dds::keyed_string_plugin, "Context");
-        return filter != nullptr;
-      },
-      [&] { EXPECT_EQ(log_.take_text(), "failure: filter expression: out of memory"); });
-  EXPECT_TRUE(filter->admits({identity_, related_, data_}));
-}
-
 }  // namespace

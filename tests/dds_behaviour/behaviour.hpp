@@ -67,6 +67,13 @@ class Participant {
   DDSDomainParticipant* participant_;
 };
 
+/// Two participants of a domain, the first with a topic of strings.
+class OneTopic : public ::testing::Test {
+ protected:
+  const Participant participant, other;
+  DDSTopic* topic = participant.strings("Topic");
+};
+
 /// Reliable; waits for a full reader as long as it takes unless told otherwise.
 inline DDS_DataWriterQos reliable_writer(DDS_Duration_t max_blocking_time = DDS_DURATION_INFINITE) {
   DDS_DataWriterQos qos;

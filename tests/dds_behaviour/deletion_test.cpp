@@ -8,12 +8,8 @@
 namespace behaviour {
 namespace {
 
-class Deletion : public ::testing::Test {
- protected:
-  Participant participant;
-  Participant other;
-  DDSTopic* topic = participant.strings("Topic");
-};
+using Deletion = OneTopic;
+using Creation = OneTopic;
 
 TEST_F(Deletion, OfAParticipantWaitsForItsEntities) {
   DDSDomainParticipant* raw = factory().create_participant(0, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, 0);
@@ -168,9 +164,7 @@ TEST_F(Deletion, OfWritersAndReadersWhileOthersWriteHarmsNobody) {
   EXPECT_EQ(brief, static_cast<std::uint32_t>(count));
 }
 
-TEST(Creation, RefusesWhatItCannotUse) {
-  const Participant participant, other;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(Creation, RefusesWhatItCannotUse) {
   DDSTopic* foreign = other.strings("Topic");
   const LogLines log;
   EXPECT_EQ(participant->create_topic("Topic", topic->get_type_name(), DDS_TOPIC_QOS_DEFAULT, nullptr, 0), nullptr)

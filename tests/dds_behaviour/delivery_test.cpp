@@ -9,10 +9,10 @@
 namespace behaviour {
 namespace {
 
-TEST(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
+using Delivery = OneTopic;
+
+TEST_F(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
   constexpr int count = 1000;
-  const Participant one, other;
-  DDSTopic* topic = one.strings("Topic");
   DDSTopic* others_topic = other.strings("Topic");
   const std::vector<DDSStringDataReader*> readers = {make_reader(topic), make_reader(others_topic),
                                                      make_reader(others_topic)};
@@ -28,11 +28,10 @@ TEST(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
   }
 }
 
-TEST(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
-  const Participant participant;
-  DDSTopic* topic = participant.octets("Topic");
-  auto* reader = make_reader<DDSOctetsDataReader>(topic);
-  auto* writer = make_writer<DDSOctetsDataWriter>(topic);
+TEST_F(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
+  DDSTopic* octets = participant.octets("Octets");
+  auto* reader = make_reader<DDSOctetsDataReader>(octets);
+  auto* writer = make_writer<DDSOctetsDataWriter>(octets);
   for (const int size : {1, 31, 32, 33, 4096, 65537, 4 << 20, 3, 0}) {
     std::vector<DDS_Octet> buffer(static_cast<std::size_t>(size));
     for (std::size_t i = 0; i < buffer.size(); ++i) { buffer[i] = static_cast<DDS_Octet>(i * 7 + i / 256); }
@@ -50,9 +49,7 @@ TEST(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
   }
 }
 
-TEST(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
   DDSTopic* octets = participant.octets("Octets");
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
@@ -79,9 +76,7 @@ TEST(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
   EXPECT_EQ(number(received[0].info.sample_identity), 1u) << "a refused write takes no number";
 }
 
-TEST(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersSee) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersSee) {
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writers[] = {make_writer(topic), make_writer(topic)};
   const DDS_GUID_t guids[] = {guid_of(writers[0]), guid_of(writers[1])};
@@ -104,9 +99,7 @@ TEST(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersSee
   }
 }
 
-TEST(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
   DDS_WriteParams_t params;
@@ -135,11 +128,9 @@ TEST(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
   }
 }
 
-TEST(Delivery, EightThreadsOnOneWriterGetTheNumbersInWhichReadersReceiveTheirSamples) {
+TEST_F(Delivery, EightThreadsOnOneWriterGetTheNumbersInWhichReadersReceiveTheirSamples) {
   constexpr int threads = 8;
   const int each = scaled(4000);
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* readers[] = {make_reader(topic), make_reader(topic)};
   DDSStringDataWriter* writer = make_writer(topic);
   std::vector<std::map<std::uint32_t, std::string>> assigned(threads);  // one a thread

@@ -8,6 +8,8 @@
 namespace behaviour {
 namespace {
 
+using DiscardedKeys = OneTopic;
+
 DDS_SampleInfo key_of(std::uint32_t number) {
   DDS_SampleInfo key;
   key.related_sample_identity.sequence_number = {0, number};
@@ -32,9 +34,7 @@ DDSStringDataReader* make_indexed_reader(DDSTopic* topic, const DDS_DataReaderQo
   return reader;
 }
 
-TEST(DiscardedKeys, HaveNoSamplesAndTellNobodyOfAny) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(DiscardedKeys, HaveNoSamplesAndTellNobodyOfAny) {
   DDSStringDataReader* reader = make_indexed_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
   for (int i = 0; i < 20; ++i) { EXPECT_EQ(answer(writer, 7, std::to_string(i)), DDS_RETCODE_OK); }
@@ -73,12 +73,10 @@ TEST(DiscardedKeys, HaveNoSamplesAndTellNobodyOfAny) {
   EXPECT_EQ(reader->delete_readcondition(any), DDS_RETCODE_OK);
 }
 
-TEST(DiscardedKeys, TakeNoRoomAndCountAsNeitherLostNorRejected) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(DiscardedKeys, TakeNoRoomAndCountAsNeitherLostNorRejected) {
   for (const DDS_DataReaderQos& qos : {keep_all_reader(1), best_effort_reader(1)}) {
     DDSStringDataReader* full = make_indexed_reader(topic, qos);
-    DDSStringDataReader* other = make_reader(topic);
+    DDSStringDataReader* roomy = make_reader(topic);
     DDSStringDataWriter* writer = make_writer(topic, reliable_writer(DDS_DURATION_ZERO));
     EXPECT_EQ(answer(writer, 1, "1"), DDS_RETCODE_OK);
     EXPECT_EQ(discard(full, 2), DDS_RETCODE_OK);
@@ -86,15 +84,13 @@ TEST(DiscardedKeys, TakeNoRoomAndCountAsNeitherLostNorRejected) {
     EXPECT_EQ(discard(full, 1), DDS_RETCODE_OK);
     EXPECT_EQ(answer(writer, 3, "3"), DDS_RETCODE_OK) << "removing made room";
     EXPECT_EQ(take_values(full), Strings{"3"});
-    EXPECT_EQ(take_values(other), (Strings{"1", "2", "3"}));
+    EXPECT_EQ(take_values(roomy), (Strings{"1", "2", "3"}));
     EXPECT_EQ(full->get_status_changes() & (DDS_SAMPLE_LOST_STATUS | DDS_SAMPLE_REJECTED_STATUS), 0u);
     EXPECT_EQ(remove(full), DDS_RETCODE_OK);
   }
 }
 
-TEST(DiscardedKeys, LetAWriterGoOnThatWaitsForRoomForSuchASampleOrInstead) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(DiscardedKeys, LetAWriterGoOnThatWaitsForRoomForSuchASampleOrInstead) {
   DDSStringDataReader* full = make_indexed_reader(topic, keep_all_reader(1));
   DDSStringDataWriter* writer = make_writer(topic);
   std::uint32_t number = 0;
@@ -115,12 +111,10 @@ TEST(DiscardedKeys, LetAWriterGoOnThatWaitsForRoomForSuchASampleOrInstead) {
 
 // Threads discard keys while others write samples with them to a full reader and to a second one, in two steps: every
 // sample is either taken or counted, and the second reader gets all.
-TEST(DiscardedKeys, AreRefusedAtAnyPointOfADelivery) {
+TEST_F(DiscardedKeys, AreRefusedAtAnyPointOfADelivery) {
   const int each = scaled(20000);
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* reader = make_indexed_reader(topic, keep_all_reader(4));
-  DDSStringDataReader* other = make_reader(topic);
+  DDSStringDataReader* roomy = make_reader(topic);
   std::atomic<std::uint32_t> newest{0};
   std::atomic<int> at_work{4};
   std::size_t taken = 0;
@@ -148,7 +142,7 @@ TEST(DiscardedKeys, AreRefusedAtAnyPointOfADelivery) {
   }
   EXPECT_EQ(static_cast<DDS_LongLong>(taken) + discarded(reader), 2 * each);
   DDS_LongLong all = 0;
-  for (std::size_t got = 1; got > 0; all += static_cast<DDS_LongLong>(got)) { got = take_all(other).size(); }
+  for (std::size_t got = 1; got > 0; all += static_cast<DDS_LongLong>(got)) { got = take_all(roomy).size(); }
   EXPECT_EQ(all, 2 * each);
 }
 

@@ -6,10 +6,8 @@
 namespace behaviour {
 namespace {
 
-class Filters : public ::testing::Test {
+class Filters : public OneTopic {
  protected:
-  Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataWriter* writer = make_writer(topic);
 };
 
@@ -35,8 +33,8 @@ TEST_F(Filters, KeepTheirExpressionAndParametersForWhomeverAsksAndUseThem) {
 }
 
 TEST_F(Filters, SeeTheIdentityOfASample) {
-  DDSStringDataWriter* other = make_writer(topic);
-  const std::string guid = "&hex(" + hexadecimal(guid_of(other)) + ")";
+  DDSStringDataWriter* second = make_writer(topic);
+  const std::string guid = "&hex(" + hexadecimal(guid_of(second)) + ")";
   const auto reader_of = [&](const char* name, const std::string& expression) {
     return make_reader(participant.filtered(name, topic, expression));
   };
@@ -47,7 +45,7 @@ TEST_F(Filters, SeeTheIdentityOfASample) {
       reader_of("4", "@sample_identity.sequence_number = 2 AND @sample_identity.writer_guid.value = " + guid);
   for (int i = 1; i <= 3; ++i) {
     EXPECT_EQ(write(writer, "w" + std::to_string(i)), DDS_RETCODE_OK);
-    EXPECT_EQ(write(other, "o" + std::to_string(i)), DDS_RETCODE_OK);
+    EXPECT_EQ(write(second, "o" + std::to_string(i)), DDS_RETCODE_OK);
   }
   EXPECT_EQ(take_values(of_other), (Strings{"o1", "o2", "o3"}));
   EXPECT_EQ(take_values(of_rest), (Strings{"w1", "w2", "w3"}));
@@ -119,7 +117,6 @@ TEST_F(Filters, KeepWhatTheyTurnAwayFromTakingRoom) {
 }
 
 TEST_F(Filters, NeedAFittingExpressionANameOfTheirOwnAndATopicOfTheirParticipant) {
-  const Participant other;
   DDSTopic* octets = participant.octets("Octets");
   EXPECT_NE(participant.filtered("Number", octets, "@sample_identity.sequence_number > 1"), nullptr);
   const LogLines log;

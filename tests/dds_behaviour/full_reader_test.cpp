@@ -9,6 +9,9 @@
 namespace behaviour {
 namespace {
 
+using FullReader = OneTopic;
+using KeepLast = OneTopic;
+
 DDS_SampleRejectedStatus rejected(DDSDataReader* reader) {
   DDS_SampleRejectedStatus status;
   EXPECT_EQ(reader->get_sample_rejected_status(status), DDS_RETCODE_OK);
@@ -20,9 +23,7 @@ DDS_SampleLostStatus lost(DDSDataReader* reader) {
   return status;
 }
 
-TEST(FullReader, TimesTheWriterOutAndThenNoReaderHasGotTheSample) {
-  const Participant participant, other;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(FullReader, TimesTheWriterOutAndThenNoReaderHasGotTheSample) {
   DDSStringDataReader* before = make_reader(topic);
   DDSStringDataReader* full = make_reader(other.strings("Topic"), keep_all_reader(2));
   DDSStringDataReader* after = make_reader(topic);
@@ -45,9 +46,8 @@ TEST(FullReader, TimesTheWriterOutAndThenNoReaderHasGotTheSample) {
   EXPECT_EQ(take_values(full), (Strings{"2", "3"}));
 }
 
-TEST(FullReader, IsFullForOneInstanceWhileOthersHaveRoomAndHoldsNoMoreInstancesThanItsLimit) {
-  const Participant participant;
-  DDSTopic* topic = participant.keyed_strings("Topic");
+TEST_F(FullReader, IsFullForOneInstanceWhileOthersHaveRoomAndHoldsNoMoreInstancesThanItsLimit) {
+  topic = participant.keyed_strings("Keyed");
   DDS_DataReaderQos qos = keep_all_reader();
   qos.resource_limits.max_samples_per_instance = 2;
   qos.resource_limits.max_instances = 2;
@@ -66,10 +66,8 @@ TEST(FullReader, IsFullForOneInstanceWhileOthersHaveRoomAndHoldsNoMoreInstancesT
   EXPECT_EQ(write(writer, "c", "5"), DDS_RETCODE_OK) << "an instance without writers and samples makes room";
 }
 
-TEST(FullReader, LetsTheWriterGoOnWithEveryTake) {
+TEST_F(FullReader, LetsTheWriterGoOnWithEveryTake) {
   const int count = scaled(20000);
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* reader = make_reader(topic, keep_all_reader(1));
   DDSStringDataReader* roomy = make_reader(topic, keep_all_reader(7));
   DDSStringDataWriter* writer = make_writer(topic);
@@ -86,9 +84,7 @@ TEST(FullReader, LetsTheWriterGoOnWithEveryTake) {
   }
 }
 
-TEST(FullReader, LetsTheWriterGoOnWhenItIsDeleted) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(FullReader, LetsTheWriterGoOnWhenItIsDeleted) {
   DDSStringDataReader* full = make_reader(topic, keep_all_reader(1));
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
@@ -106,10 +102,8 @@ TEST(FullReader, LetsTheWriterGoOnWhenItIsDeleted) {
 
 // Readers with little room and several impatient writers: whatever the interleaving, the writes that succeeded are
 // exactly what every reader got.
-TEST(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
+TEST_F(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
   const int each = scaled(3000);
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   const std::vector<DDSStringDataReader*> readers = {make_reader(topic, keep_all_reader(1)),
                                                      make_reader(topic, keep_all_reader(3)), make_reader(topic)};
   std::vector<Strings> accepted(3), got(readers.size());  // one a thread
@@ -152,9 +146,8 @@ TEST(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
   }
 }
 
-TEST(KeepLast, ReplacesTheOldestSampleOfTheInstance) {
-  const Participant participant;
-  DDSTopic* topic = participant.keyed_strings("Topic");
+TEST_F(KeepLast, ReplacesTheOldestSampleOfTheInstance) {
+  topic = participant.keyed_strings("Keyed");
   DDS_DataReaderQos qos = keep_all_reader();
   qos.history = {DDS_KEEP_LAST_HISTORY_QOS, 2};
   auto* reader = make_reader<DDSKeyedStringDataReader>(topic, qos);
@@ -169,15 +162,13 @@ TEST(KeepLast, ReplacesTheOldestSampleOfTheInstance) {
   EXPECT_EQ(rejected(reader).total_count, 0);
 }
 
-class BestEffort : public ::testing::TestWithParam<bool> {
+class BestEffort : public OneTopic, public ::testing::WithParamInterface<bool> {
  protected:
   /// The writer that does not wait: a best-effort one, or a reliable one that the reader asked nothing of.
   DDS_DataWriterQos writer_qos() const { return GetParam() ? reliable_writer() : best_effort_writer(); }
 };
 
 TEST_P(BestEffort, DropsAndCountsWhatAFullReaderCannotHold) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* full = make_reader(topic, best_effort_reader(2));
   DDSStringDataReader* roomy = make_reader(topic, best_effort_reader());
   ASSERT_EQ(full->get_statuscondition()->set_enabled_statuses(DDS_SAMPLE_REJECTED_STATUS), DDS_RETCODE_OK);
@@ -203,8 +194,7 @@ TEST_P(BestEffort, DropsAndCountsWhatAFullReaderCannotHold) {
 }
 
 TEST_P(BestEffort, NamesTheLimitAndTheInstanceOfARejectedSample) {
-  const Participant participant;
-  DDSTopic* topic = participant.keyed_strings("Topic");
+  topic = participant.keyed_strings("Keyed");
   DDS_DataReaderQos qos = best_effort_reader();
   qos.resource_limits.max_instances = 2;
   qos.resource_limits.max_samples_per_instance = 1;

@@ -20,10 +20,8 @@ class OnData : public DDSDataReaderListener {
   std::function<void(DDSStringDataReader*)> function_;
 };
 
-class Listeners : public ::testing::Test {
+class Listeners : public OneTopic {
  protected:
-  Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataWriter* writer = make_writer(topic);
 };
 
@@ -184,12 +182,12 @@ TEST_F(Listeners, AreGoneOnceSetListenerHasReturned) {
 }
 
 TEST_F(Listeners, MayNotDeleteTheirOwnReaderButOtherEntitiesAndTheWriterThatCallsThemAndReplaceThemselves) {
-  DDSStringDataReader* other = make_reader(topic);
+  DDSStringDataReader* neighbour = make_reader(topic);
   DDSStringDataWriter* second_writer = make_writer(topic);
   std::vector<DDS_ReturnCode_t> outcomes;
   OnData listener([&](DDSStringDataReader* reader) {
     take_all(reader);
-    outcomes = {remove(reader), remove(other), remove(writer), reader->set_listener(nullptr, DDS_STATUS_MASK_NONE)};
+    outcomes = {remove(reader), remove(neighbour), remove(writer), reader->set_listener(nullptr, DDS_STATUS_MASK_NONE)};
   });
   DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
   EXPECT_EQ(write(writer, "the last"), DDS_RETCODE_OK);
@@ -252,14 +250,14 @@ TEST_F(Listeners, MayBeReplacedByOneThreadWhileOthersWrite) {
   const int count = scaled(20000);
   std::atomic<int> calls{0};
   OnData one([&](DDSStringDataReader* reader) { take_all(reader), ++calls; });
-  OnData other([&](DDSStringDataReader* reader) { take_all(reader), ++calls; });
+  OnData another([&](DDSStringDataReader* reader) { take_all(reader), ++calls; });
   DDSStringDataReader* reader = make_reader(topic, keep_all_reader());
   std::atomic<bool> stop{false};
   Thread writing([&] {
     while (!stop) { EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK); }
   });
   for (int i = 0; i < count || calls == 0; ++i) {
-    DDSDataReaderListener* const next[] = {&one, nullptr, &other};
+    DDSDataReaderListener* const next[] = {&one, nullptr, &another};
     ASSERT_EQ(reader->set_listener(next[i % 3], DDS_DATA_AVAILABLE_STATUS), DDS_RETCODE_OK);
   }
   ASSERT_EQ(reader->set_listener(nullptr, DDS_STATUS_MASK_NONE), DDS_RETCODE_OK);

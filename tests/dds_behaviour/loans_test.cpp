@@ -38,17 +38,15 @@ class Loan {
   DDS_ReturnCode_t retcode_;
 };
 
-class Loans : public ::testing::Test {
+class Loans : public OneTopic {
  protected:
   void write_numbers(int from, int to) {
     for (int i = from; i < to; ++i) { ASSERT_EQ(write(writer, std::to_string(i)), DDS_RETCODE_OK); }
   }
 
-  Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataWriter* writer = make_writer(topic);
   DDSStringDataReader* reader = make_reader(topic);
-  DDSStringDataReader* other = make_reader(topic);
+  DDSStringDataReader* second = make_reader(topic);
 };
 
 TEST_F(Loans, OutliveTheReplacementTakeAndWriterOfTheirSamplesWhichReadersShare) {
@@ -56,7 +54,7 @@ TEST_F(Loans, OutliveTheReplacementTakeAndWriterOfTheirSamplesWhichReadersShare)
   qos.history = {DDS_KEEP_LAST_HISTORY_QOS, 1};
   DDSStringDataReader* latest = make_reader(topic, qos);
   write_numbers(0, 1);
-  Loan replaced(latest, false), read(reader, false), taken(other, true);
+  Loan replaced(latest, false), read(reader, false), taken(second, true);
   for (const Loan* loan : {&read, &taken}) {
     EXPECT_EQ(*static_cast<char**>(loan->data()[0]), *static_cast<char**>(replaced.data()[0])) << "nothing is copied";
   }
@@ -69,7 +67,7 @@ TEST_F(Loans, OutliveTheReplacementTakeAndWriterOfTheirSamplesWhichReadersShare)
 
 TEST_F(Loans, AreRefusedByWhomTheyAreNotOfOrWhenTheirHalvesAreMixedUpOrWereReturnedBefore) {
   write_numbers(0, 4);
-  Loan one(reader, true, 2), two(reader, true, 2), foreign(other, true, 2);
+  Loan one(reader, true, 2), two(reader, true, 2), foreign(second, true, 2);
   void** const data = one.data();
   DDS_SampleInfoSeq none;
   void* invented[2] = {nullptr, nullptr};
@@ -94,11 +92,11 @@ TEST_F(Loans, AreRefusedByWhomTheyAreNotOfOrWhenTheirHalvesAreMixedUpOrWereRetur
 
 TEST_F(Loans, KeepTheInfosOfTheMomentOfTheRead) {
   write_numbers(0, 1);
-  Loan first(reader, false), second(reader, false);
-  EXPECT_EQ(first.infos()[0].sample_state, DDS_NOT_READ_SAMPLE_STATE);
-  EXPECT_EQ(first.infos()[0].view_state, DDS_NEW_VIEW_STATE);
-  EXPECT_EQ(second.infos()[0].sample_state, DDS_READ_SAMPLE_STATE);
-  EXPECT_EQ(second.infos()[0].view_state, DDS_NOT_NEW_VIEW_STATE);
+  Loan before(reader, false), later(reader, false);
+  EXPECT_EQ(before.infos()[0].sample_state, DDS_NOT_READ_SAMPLE_STATE);
+  EXPECT_EQ(before.infos()[0].view_state, DDS_NEW_VIEW_STATE);
+  EXPECT_EQ(later.infos()[0].sample_state, DDS_READ_SAMPLE_STATE);
+  EXPECT_EQ(later.infos()[0].view_state, DDS_NOT_NEW_VIEW_STATE);
 }
 
 TEST_F(Loans, KeepTheirReaderFromBeingDeleted) {
@@ -141,7 +139,7 @@ TEST_F(Loans, GiveWayToCopiesInSequencesWithRoomOfTheirOwn) {
     EXPECT_EQ(data[i], std::to_string(i));
     EXPECT_TRUE(infos[i].valid_data);
   }
-  EXPECT_EQ(other->return_loan(data, infos), DDS_RETCODE_PRECONDITION_NOT_MET);
+  EXPECT_EQ(second->return_loan(data, infos), DDS_RETCODE_PRECONDITION_NOT_MET);
 }
 
 TEST_F(Loans, AreNotMixedWithCopiesNorMadeOverASequenceThatIsNotEmpty) {
@@ -170,7 +168,7 @@ TEST_F(Loans, StayIntactWhileThreadsReadTakeAndWriteAtOnce) {
   DDS_DataReaderQos qos = keep_all_reader(16);
   DDSStringDataReader* shared = make_reader(topic, qos);
   EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
-  EXPECT_EQ(remove(other), DDS_RETCODE_OK);
+  EXPECT_EQ(remove(second), DDS_RETCODE_OK);
   std::atomic<int> taken{0};
   const auto check = [](const Loan& loan) {
     for (const std::string& value : loan.strings()) {

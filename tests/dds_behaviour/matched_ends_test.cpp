@@ -7,6 +7,8 @@
 namespace behaviour {
 namespace {
 
+using MatchedEnds = OneTopic;
+
 template <class Qos>
 Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
   (qos.*name).role_name = DDS_String_dup("role");
@@ -26,9 +28,8 @@ void expect_described(const Data& data, const DDS_EntityNameQosPolicy& name) {
 
 bool equal(const DDS_GUID_t& a, const DDS_GUID_t& b) { return DDS_GUID_equals(&a, &b); }
 
-TEST(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
-  const Participant one, other;
-  auto* writer = make_writer(one.strings("Topic"), described(reliable_writer(), &DDS_DataWriterQos::publication_name));
+TEST_F(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
+  auto* writer = make_writer(topic, described(reliable_writer(), &DDS_DataWriterQos::publication_name));
   auto* reader =
       make_reader(other.strings("Topic"), described(keep_all_reader(), &DDS_DataReaderQos::subscription_name));
   DDS_InstanceHandleSeq writers, readers;
@@ -45,7 +46,7 @@ TEST(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
   EXPECT_FALSE(equal(subscription.key, publication.key));
   EXPECT_FALSE(equal(subscription.participant_key, publication.participant_key));
 
-  DDSTopic* neighbours_topic = one.strings("Topic2");
+  DDSTopic* neighbours_topic = participant.strings("Topic2");
   DDSStringDataReader* neighbour = make_reader(neighbours_topic);
   const DDS_InstanceHandle_t neighbours_writer = make_writer(neighbours_topic)->get_instance_handle();
   DDS_PublicationBuiltinTopicData of_neighbour;
@@ -59,9 +60,7 @@ TEST(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
   expect_described(publication, publication.publication_name);
 }
 
-TEST(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
   DDSStringDataWriter* writer = make_writer(topic);
   const DDS_GUID_t asker = guid_of(make_writer(participant.strings("Questions")));
   const std::string own = "&hex(" + hexadecimal(asker) + ")";
@@ -82,7 +81,7 @@ TEST(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
   }
 }
 
-class MatchCondition : public ::testing::TestWithParam<bool> {
+class MatchCondition : public OneTopic, public ::testing::WithParamInterface<bool> {
  protected:
   /// The end whose conditions are looked at, and what comes and goes at the other end.
   DDSMatchCondition* create() {
@@ -111,8 +110,6 @@ class MatchCondition : public ::testing::TestWithParam<bool> {
     return [made] { EXPECT_EQ(remove(made), DDS_RETCODE_OK); };
   }
 
-  const Participant participant, other;
-  DDSTopic* topic = participant.strings("Topic");
   DDSTopic* others_topic = other.strings("Topic");
   // They do not match each other.
   DDSStringDataWriter* writer = make_writer(topic, best_effort_writer());

@@ -6,6 +6,8 @@
 namespace behaviour {
 namespace {
 
+using Matching = OneTopic;
+
 DDS_PublicationMatchedStatus matched(DDSDataWriter* writer) {
   DDS_PublicationMatchedStatus status;
   EXPECT_EQ(writer->get_publication_matched_status(status), DDS_RETCODE_OK);
@@ -24,16 +26,13 @@ void expect_strangers(DDSStringDataWriter* writer, DDSDataReader* reader) {
   EXPECT_FALSE(has_data(reader));
 }
 
-TEST(Matching, SamplesOfDifferentDomainsOrTopicsNeverMeet) {
-  const Participant one(1), other(2);
-  DDSTopic* topic = one.strings("Topic");
-  expect_strangers(make_writer(topic), make_reader(other.strings("Topic")));
-  expect_strangers(make_writer(topic), make_reader(one.strings("Topic2")));
+TEST_F(Matching, SamplesOfDifferentDomainsOrTopicsNeverMeet) {
+  const Participant far(2);
+  expect_strangers(make_writer(topic), make_reader(far.strings("Topic")));
+  expect_strangers(make_writer(topic), make_reader(participant.strings("Topic2")));
 }
 
-TEST(Matching, SamplesWrittenBeforeAReaderExistedAreNotForIt) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(Matching, SamplesWrittenBeforeAReaderExistedAreNotForIt) {
   DDSStringDataWriter* writer = make_writer(topic);
   EXPECT_EQ(write(writer, "early"), DDS_RETCODE_OK);
   DDSStringDataReader* reader = make_reader(topic);
@@ -41,10 +40,9 @@ TEST(Matching, SamplesWrittenBeforeAReaderExistedAreNotForIt) {
   EXPECT_EQ(take_values(reader), Strings{"late"});
 }
 
-TEST(Matching, MatchedStatusesCountComingAndGoingOnBothSides) {
-  const Participant one, other;
+TEST_F(Matching, MatchedStatusesCountComingAndGoingOnBothSides) {
   DDSTopic* readers_topic = other.strings("Topic");
-  DDSStringDataWriter* writer = make_writer(one.strings("Topic"));
+  DDSStringDataWriter* writer = make_writer(topic);
   DDSStringDataReader* first = make_reader(readers_topic);
   DDSStringDataReader* second = make_reader(readers_topic);
 
@@ -75,9 +73,7 @@ TEST(Matching, MatchedStatusesCountComingAndGoingOnBothSides) {
   EXPECT_EQ(end.current_count_change, -1);
 }
 
-TEST(Matching, ASampleNamesItsWriterAmongTheMatchedPublications) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(Matching, ASampleNamesItsWriterAmongTheMatchedPublications) {
   DDSStringDataReader* reader = make_reader(topic, best_effort_reader());
   DDSStringDataWriter* writers[] = {make_writer(topic), make_writer(topic, best_effort_writer())};
   for (DDSStringDataWriter* writer : writers) { EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK); }

@@ -6,6 +6,9 @@
 namespace behaviour {
 namespace {
 
+using EntityQos = OneTopic;
+using RefusedPolicies = OneTopic;
+
 /// Recognised again by its history depth.
 DDS_DataWriterQos writer_marked(DDS_Long mark) {
   DDS_DataWriterQos qos;
@@ -67,9 +70,7 @@ TEST(Defaults, OfTopicsAreTheParticipantsAtTheTimeOfCreation) {
   EXPECT_EQ(got.history.depth, 9);
 }
 
-TEST(EntityQos, IsGivenBackAsItWasAskedFor) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(EntityQos, IsGivenBackAsItWasAskedFor) {
   DDS_DataReaderQos asked = keep_all_reader(77);
   asked.subscription_name.role_name = DDS_String_dup("Role");
   ASSERT_EQ(DDSPropertyQosPolicyHelper::add_property(asked.property, "own.name", "own value", false), DDS_RETCODE_OK);
@@ -84,9 +85,7 @@ TEST(EntityQos, IsGivenBackAsItWasAskedFor) {
   EXPECT_STREQ(property->value, "own value");
 }
 
-TEST(RefusedPolicies, MakeNoEntityNoDefaultAndNoProfileAndOneLogLineEachThatNamesThem) {
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
+TEST_F(RefusedPolicies, MakeNoEntityNoDefaultAndNoProfileAndOneLogLineEachThatNamesThem) {
   DDS_TopicQos topic_qos;
   DDS_DataWriterQos writer;
   DDS_DataReaderQos reader;
@@ -112,8 +111,7 @@ TEST(RefusedPolicies, MakeNoEntityNoDefaultAndNoProfileAndOneLogLineEachThatName
   }
 }
 
-TEST(RefusedPolicies, OfPublishersSubscribersAndParticipantsAreNamedToo) {
-  const Participant participant;
+TEST_F(RefusedPolicies, OfPublishersSubscribersAndParticipantsAreNamedToo) {
   DDS_PublisherQos publisher;
   publisher.presentation.ordered_access = true;
   DDS_SubscriberQos subscriber;

@@ -9,12 +9,14 @@
 namespace behaviour {
 namespace {
 
+using WaitSetStress = OneTopic;
+
 void wait_for_one(DDSWaitSet& waitset, DDSConditionSeq& active) {
   ASSERT_EQ(waitset.wait(active, DDS_DURATION_INFINITE), DDS_RETCODE_OK);
   ASSERT_EQ(active.length(), 1);
 }
 
-TEST(WaitSetStress, GuardConditionsPingPong) {
+TEST_F(WaitSetStress, GuardConditionsPingPong) {
   const int count = scaled(200000);
   DDSGuardCondition ping, pong;
   const auto play = [&](DDSGuardCondition& mine, DDSGuardCondition& yours, bool serve) {
@@ -28,13 +30,12 @@ TEST(WaitSetStress, GuardConditionsPingPong) {
       if (!serve || i + 1 < count) { yours.set_trigger_value(true); }
     }
   };
-  Thread other([&] { play(ping, pong, false); });
+  Thread second([&] { play(ping, pong, false); });
   play(pong, ping, true);
 }
 
-TEST(WaitSetStress, SamplesPingPong) {
+TEST_F(WaitSetStress, SamplesPingPong) {
   const int count = scaled(100000);
-  const Participant participant;
   DDSTopic* topics[] = {participant.strings("Ping"), participant.strings("Pong")};
   DDSStringDataReader* readers[] = {make_reader(topics[0]), make_reader(topics[1])};
   const auto play = [&](int mine, bool serve) {
@@ -53,15 +54,13 @@ TEST(WaitSetStress, SamplesPingPong) {
     }
     EXPECT_EQ(readers[mine]->delete_readcondition(condition), DDS_RETCODE_OK);
   };
-  Thread other([&] { play(0, false); });
+  Thread second([&] { play(0, false); });
   play(1, true);
 }
 
 // As a requester does: a condition and a wait set for every sample, made at whatever moment of its arrival.
-TEST(WaitSetStress, ConditionsThatComeAndGoMissNothing) {
+TEST_F(WaitSetStress, ConditionsThatComeAndGoMissNothing) {
   const int count = scaled(40000);
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* reader = make_reader(topic, keep_all_reader(2));
   ASSERT_EQ(reader->create_index("Index"), DDS_RETCODE_OK);
   Thread writing([&] {
@@ -87,10 +86,8 @@ TEST(WaitSetStress, ConditionsThatComeAndGoMissNothing) {
   }
 }
 
-TEST(WaitSetStress, AttachingDetachingAndDeletingDisturbNoWaitingThread) {
+TEST_F(WaitSetStress, AttachingDetachingAndDeletingDisturbNoWaitingThread) {
   const int count = scaled(30000);
-  const Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* reader = make_reader(topic);
   DDSWaitSet waitset;
   DDSGuardCondition stop;
@@ -130,9 +127,9 @@ TEST(WaitSetStress, AttachingDetachingAndDeletingDisturbNoWaitingThread) {
       EXPECT_EQ(reader->delete_readcondition(unread), DDS_RETCODE_OK);
     }
   };
-  Thread other([&] { churn(1); });
+  Thread second([&] { churn(1); });
   churn(2);
-  other.join();
+  second.join();
   stop.set_trigger_value(true);
 }
 

@@ -62,7 +62,7 @@ class Waiter {
   Thread thread_;
 };
 
-class WaitSets : public ::testing::Test {
+class WaitSets : public OneTopic {
  protected:
   DDSReadCondition* condition() {
     DDSReadCondition* made =
@@ -71,11 +71,9 @@ class WaitSets : public ::testing::Test {
     return made;
   }
 
-  Participant participant;
-  DDSTopic* topic = participant.strings("Topic");
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
-  DDSGuardCondition one, other;
+  DDSGuardCondition one, second;
   DDSWaitSet waitset;
 };
 
@@ -83,7 +81,7 @@ TEST_F(WaitSets, ReturnExactlyTheConditionsThatAreTrue) {
   DDSReadCondition* unread = condition();
   DDSStatusCondition* status = reader->get_statuscondition();
   ASSERT_EQ(status->set_enabled_statuses(DDS_DATA_AVAILABLE_STATUS), DDS_RETCODE_OK);
-  for (DDSCondition* each : Active{&one, &other, unread, status}) {
+  for (DDSCondition* each : Active{&one, &second, unread, status}) {
     EXPECT_EQ(waitset.attach_condition(each), DDS_RETCODE_OK);
   }
   EXPECT_EQ(look(waitset), Active{});
@@ -100,11 +98,11 @@ TEST_F(WaitSets, ReturnExactlyTheConditionsThatAreTrue) {
 TEST_F(WaitSets, KnowWhatIsAttached) {
   EXPECT_EQ(waitset.attach_condition(&one), DDS_RETCODE_OK);
   EXPECT_EQ(waitset.attach_condition(&one), DDS_RETCODE_OK) << "attaching again changes nothing";
-  EXPECT_EQ(waitset.attach_condition(&other), DDS_RETCODE_OK);
-  EXPECT_EQ(attached(waitset), sorted({&one, &other}));
+  EXPECT_EQ(waitset.attach_condition(&second), DDS_RETCODE_OK);
+  EXPECT_EQ(attached(waitset), sorted({&one, &second}));
   EXPECT_EQ(waitset.detach_condition(&one), DDS_RETCODE_OK);
   EXPECT_EQ(waitset.detach_condition(&one), DDS_RETCODE_PRECONDITION_NOT_MET);
-  EXPECT_EQ(attached(waitset), Active{&other});
+  EXPECT_EQ(attached(waitset), Active{&second});
   EXPECT_EQ(waitset.attach_condition(nullptr), DDS_RETCODE_BAD_PARAMETER);
   EXPECT_EQ(waitset.detach_condition(nullptr), DDS_RETCODE_BAD_PARAMETER);
 }
@@ -128,15 +126,15 @@ TEST_F(WaitSets, TimeOutWithAnEmptySequence) {
 
 TEST_F(WaitSets, FillALentSequenceAsFarAsItGoes) {
   EXPECT_EQ(waitset.attach_condition(&one), DDS_RETCODE_OK);
-  EXPECT_EQ(waitset.attach_condition(&other), DDS_RETCODE_OK);
+  EXPECT_EQ(waitset.attach_condition(&second), DDS_RETCODE_OK);
   one.set_trigger_value(true);
-  other.set_trigger_value(true);
+  second.set_trigger_value(true);
   DDSCondition* buffer[1] = {nullptr};
   DDSConditionSeq active;
   ASSERT_TRUE(active.loan_contiguous(buffer, 0, 1));
   EXPECT_EQ(waitset.wait(active, DDS_DURATION_ZERO), DDS_RETCODE_OK);
   EXPECT_EQ(active.length(), 1);
-  EXPECT_TRUE(buffer[0] == &one || buffer[0] == &other);
+  EXPECT_TRUE(buffer[0] == &one || buffer[0] == &second);
   EXPECT_TRUE(active.unloan());
 }
 
@@ -160,7 +158,7 @@ TEST_F(WaitSets, WakeForAConditionThatIsTrueBeforeItIsAttachedOrBecomesTrueAfter
       {&one, [] {}},
       {condition(), [this] { EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK); }},
       {status, [&] { EXPECT_EQ(status->set_enabled_statuses(DDS_DATA_AVAILABLE_STATUS), DDS_RETCODE_OK); }}};
-  EXPECT_EQ(waitset.attach_condition(&other), DDS_RETCODE_OK);
+  EXPECT_EQ(waitset.attach_condition(&second), DDS_RETCODE_OK);
   for (const auto& [late, trigger] : cases) {
     Waiter waiter(waitset);
     EXPECT_EQ(waitset.attach_condition(late), DDS_RETCODE_OK);
@@ -173,7 +171,7 @@ TEST_F(WaitSets, WakeForAConditionThatIsTrueBeforeItIsAttachedOrBecomesTrueAfter
 TEST_F(WaitSets, ForgetConditionsThatAreDetachedOrDeletedWhileAThreadWaits) {
   auto gone = std::make_unique<DDSGuardCondition>();
   DDSReadCondition* unread = condition();
-  for (DDSCondition* each : Active{&one, &other, gone.get(), unread}) {
+  for (DDSCondition* each : Active{&one, &second, gone.get(), unread}) {
     EXPECT_EQ(waitset.attach_condition(each), DDS_RETCODE_OK);
   }
   Waiter waiter(waitset);
@@ -182,10 +180,10 @@ TEST_F(WaitSets, ForgetConditionsThatAreDetachedOrDeletedWhileAThreadWaits) {
   gone.reset();
   EXPECT_EQ(reader->delete_readcondition(unread), DDS_RETCODE_OK);
   EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK);
-  EXPECT_EQ(attached(waitset), Active{&other});
+  EXPECT_EQ(attached(waitset), Active{&second});
   EXPECT_FALSE(waiter.done());
-  other.set_trigger_value(true);
-  EXPECT_EQ(waiter.active(), Active{&other});
+  second.set_trigger_value(true);
+  EXPECT_EQ(waiter.active(), Active{&second});
 }
 
 TEST_F(WaitSets, LetGoOfTheConditionsOfADeletedReaderAndOfAllAtTheirEnd) {
@@ -205,18 +203,18 @@ TEST_F(WaitSets, LetGoOfTheConditionsOfADeletedReaderAndOfAllAtTheirEnd) {
 
 TEST_F(WaitSets, SwapTheirConditions) {
   DDSReadCondition* unread = condition();
-  DDSWaitSet second;
+  DDSWaitSet third;
   EXPECT_EQ(waitset.attach_condition(&one), DDS_RETCODE_OK);
   EXPECT_EQ(waitset.attach_condition(unread), DDS_RETCODE_OK);
-  EXPECT_EQ(second.attach_condition(&other), DDS_RETCODE_OK);
-  waitset.swap(second);
-  EXPECT_EQ(attached(waitset), Active{&other});
-  EXPECT_EQ(attached(second), sorted({&one, unread}));
-  Waiter waiter(second);
+  EXPECT_EQ(third.attach_condition(&second), DDS_RETCODE_OK);
+  waitset.swap(third);
+  EXPECT_EQ(attached(waitset), Active{&second});
+  EXPECT_EQ(attached(third), sorted({&one, unread}));
+  Waiter waiter(third);
   EXPECT_EQ(write(writer, "x"), DDS_RETCODE_OK);
   EXPECT_EQ(waiter.active(), Active{unread});
-  other.set_trigger_value(true);
-  EXPECT_EQ(look(waitset), Active{&other});
+  second.set_trigger_value(true);
+  EXPECT_EQ(look(waitset), Active{&second});
 }
 
 TEST_F(WaitSets, OfSeveralThreadsAreAllWokenByOneCondition) {

@@ -23,22 +23,6 @@ TEST_P(Correlation, AReplyReachesTheRequesterOfItsRequestAndNoOther) {
   EXPECT_EQ(other.take(from_one), Strings{});
 }
 
-TEST_P(Correlation, SeveralRepliesToARequestArriveInTheOrderOfTheReplier) {
-  Requester requester(requester_params());
-  Replier replier(replier_params());
-  await_others(requester, 1);
-  const DDS_SampleIdentity_t request = requester.send("count to 100");
-  const std::vector<Request> received = replier.receive();
-  ASSERT_EQ(received.size(), 1u);
-  Strings sent;
-  for (int i = 1; i <= 100; ++i) {
-    sent.push_back(std::to_string(i));
-    replier.reply(received[0].identity, sent.back());
-  }
-  EXPECT_EQ(requester.await(request, 100), sent);
-  EXPECT_EQ(requester.take(request), Strings{});
-}
-
 TEST_P(Correlation, OctetsTravelUnchangedInBothDirections) {
   BasicRequester<OctetsType> requester(requester_params());
   BasicReplier<OctetsType> replier(replier_params());

@@ -39,19 +39,21 @@ TEST_P(Waiting, EndsAtOnceWhenEnoughRepliesAreThereAndInTimeWhenTheyAreNot) {
   EXPECT_EQ(requester.take(request), (Strings{"0", "1", "2"})) << "a wait takes nothing";
 }
 
-TEST_P(Waiting, CountsRepliesThatTrickleIn) {
+TEST_P(Waiting, CountsRepliesThatTrickleInWhichKeepTheirOrder) {
   const DDS_SampleIdentity_t request = requester.send("question");
   const Request received = replier.receive().at(0);
   const DDS_SampleIdentity_t distraction = requester.send("another");
   const Request other = replier.receive().at(0);
+  Strings sent;
+  for (int i = 0; i < 20; ++i) { sent.push_back(std::to_string(i)); }
   Thread answering([&] {
-    for (int i = 0; i < 20; ++i) {
-      replier.reply(received.identity, std::to_string(i));
+    for (const std::string& text : sent) {
+      replier.reply(received.identity, text);
       replier.reply(other.identity, "distraction");
       std::this_thread::yield();
     }
   });
-  EXPECT_EQ(requester.await(request, 20).size(), 20u);
+  EXPECT_EQ(requester.await(request, 20), sent);
   EXPECT_EQ(requester.await(distraction, 20).size(), 20u);
 }
 

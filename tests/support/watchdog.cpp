@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +14,7 @@ namespace support {
 
 namespace {
 
-constexpr std::chrono::seconds kDefaultLimit{120};
+constexpr std::chrono::seconds kLimit{120};
 
 /// A thread that sleeps until the running test's deadline, and aborts if nobody moves it.
 class Watchdog {
@@ -23,14 +24,12 @@ class Watchdog {
     return watchdog;
   }
 
-  void arm(const std::string& name, std::chrono::seconds limit) {
+  void arm(const std::string& name) {
     const std::lock_guard<std::mutex> lock(mutex_);
     name_ = name;
-    move_deadline(limit);
-  }
-  void extend(std::chrono::seconds limit) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    move_deadline(limit);
+    deadline_ = Clock::now() + kLimit;
+    armed_ = true;
+    changed_.notify_all();
   }
   void disarm() {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -52,13 +51,6 @@ class Watchdog {
     thread_.join();
   }
 
-  void move_deadline(std::chrono::seconds limit) {
-    limit_ = limit;
-    deadline_ = Clock::now() + limit;
-    armed_ = true;
-    changed_.notify_all();
-  }
-
   void run() {
     std::unique_lock<std::mutex> lock(mutex_);
     while (!ended_) {
@@ -68,7 +60,7 @@ class Watchdog {
         changed_.wait_until(lock, deadline_);
       } else {
         std::fprintf(stderr, "%s has run for more than %lld s\n", name_.c_str(),
-                     static_cast<long long>(limit_.count()));
+                     static_cast<long long>(kLimit.count()));
         std::abort();
       }
     }
@@ -77,7 +69,6 @@ class Watchdog {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::string name_;
-  std::chrono::seconds limit_{};
   Clock::time_point deadline_;
   bool armed_ = false;
   bool ended_ = false;
@@ -86,7 +77,7 @@ class Watchdog {
 
 class WatchdogListener : public ::testing::EmptyTestEventListener {
   void OnTestStart(const ::testing::TestInfo& info) override {
-    Watchdog::get().arm(std::string(info.test_suite_name()) + "." + info.name(), kDefaultLimit);
+    Watchdog::get().arm(std::string(info.test_suite_name()) + "." + info.name());
   }
   void OnTestEnd(const ::testing::TestInfo& /*info*/) override { Watchdog::get().disarm(); }
 };
@@ -94,9 +85,5 @@ class WatchdogListener : public ::testing::EmptyTestEventListener {
 }  // namespace
 
 void install_watchdog() { ::testing::UnitTest::GetInstance()->listeners().Append(new WatchdogListener); }
-
-WatchdogLimit::WatchdogLimit(std::chrono::seconds limit) { Watchdog::get().extend(limit); }
-
-WatchdogLimit::~WatchdogLimit() { Watchdog::get().extend(kDefaultLimit); }
 
 }  // namespace support
