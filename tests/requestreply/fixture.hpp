@@ -44,10 +44,6 @@ const Failure kFailures[] = {{DDS_RETCODE_ERROR, &typeid(zemtra::RuntimeExceptio
 const DDS_SequenceNumber_t kNumbersOfNoRequest[] = {DDS_AUTO_SEQUENCE_NUMBER, DDS::SEQUENCE_NUMBER_MAX,
                                                     DDS::SEQUENCE_NUMBER_ZERO, DDS::SEQUENCE_NUMBER_UNKNOWN};
 
-inline bool operator==(const DDS_SampleIdentity_t& a, const DDS_SampleIdentity_t& b) {
-  return DDS_GUID_equals(&a.writer_guid, &b.writer_guid) && a.sequence_number == b.sequence_number;
-}
-
 /// What a typed front end for strings supplies.
 const char* register_string(DDSTypeSupport* type_support, DDSDomainParticipant* participant);
 constexpr int kSampleSize = sizeof(char*);

@@ -29,7 +29,7 @@ TEST(AbandonedRequests, WhoseRepliesComeLateLeaveNoMemoryBehind) {
   zemtra::Requester<Question, Answer> requester(participant, "Late");
   zemtra::Replier<Question, Answer> replier(participant, "Late");
   const auto abandon_a_round = [&] {
-    for (int i = 0; i < round; ++i) { requester.send({i}, 1s); }  // dropped at once
+    for (int i = 0; i < round; ++i) { static_cast<void>(requester.send({i}, 1s)); }  // dropped at once
     for (int left = round; left > 0;) {
       for (const auto& request : replier.take_requests()) {
         replier.send_reply({{request.data().number, 2, 3}}, request);
