@@ -66,15 +66,18 @@ void HandlerCore::serve() {
   while (serve_some()) {}
 }
 
-bool HandlerCore::serve_some() {
-  const int most = replier_.most_at_once(kBatch);
-  UntypedLoan loan;
+UntypedLoan HandlerCore::lend(int most) noexcept {
   try {
-    loan = replier_.lend(most, true);
+    return replier_.lend(most, true);
   } catch (...) {
     log_current_exception("take requests");
-    return false;
+    return {};
   }
+}
+
+bool HandlerCore::serve_some() {
+  const int most = replier_.most_at_once(kBatch);
+  UntypedLoan loan = lend(most);
   if (loan.data == nullptr) { return false; }
   for (int i = 0; i < loan.count && !stopping_; ++i) {
     if (loan.infos[i].valid_data) { serve_one(loan.data[i], loan.infos[i]); }

@@ -146,8 +146,9 @@ class LoanedSamples {
   void return_loan() noexcept {
     if (reader_ == nullptr || data_.has_ownership() || infos_.has_ownership()) { return; }
     if (Traits::return_loan(*reader_, data_, infos_) != DDS_RETCODE_OK) { details::log_refused_loan(); }
-    data_ = DataSeq();
-    infos_ = DDS_SampleInfoSeq();
+    // What the reader has taken back is empty already.
+    if (!data_.has_ownership()) { data_ = DataSeq(); }
+    if (!infos_.has_ownership()) { infos_ = DDS_SampleInfoSeq(); }
     reader_ = nullptr;
   }
 

@@ -117,11 +117,11 @@ class Replier {
     const typename ReplyTraits::Outgoing outgoing(reply);
     core_->send_sample(outgoing.get(), request.identity(), params);
   }
-  Requests all(details::UntypedLoan loan) const {
+  Requests all(details::UntypedLoan&& loan) const {
     if (loan.data == nullptr) { return {}; }
     return details::create_loaned_samples<TReq>(loan.data, loan.count, loan.infos, reader_);
   }
-  std::optional<Request> first(details::UntypedLoan loan) const {
+  std::optional<Request> first(details::UntypedLoan&& loan) const {
     const Requests requests = all(std::move(loan));
     if (requests.empty()) { return std::nullopt; }
     return Request(requests[0]);

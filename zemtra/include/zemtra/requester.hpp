@@ -151,11 +151,11 @@ class Requester {
     core_->send_sample(outgoing.get(), params);
     return params.identity;
   }
-  Replies all(details::UntypedLoan loan) const {
+  Replies all(details::UntypedLoan&& loan) const {
     if (loan.data == nullptr) { return {}; }
     return details::create_loaned_samples<TRep>(loan.data, loan.count, loan.infos, reader_);
   }
-  std::optional<Reply> first(details::UntypedLoan loan) const {
+  std::optional<Reply> first(details::UntypedLoan&& loan) const {
     const Replies replies = all(std::move(loan));
     if (replies.empty()) { return std::nullopt; }
     return Reply(replies[0]);

@@ -36,6 +36,7 @@ class ZEMTRA_TYPED_EXPORT HandlerCore : private DDSDataReaderListener {
   void on_data_available(DDSDataReader* reader) override;
   void serve_in_turn();
   void serve();
+  UntypedLoan lend(int most) noexcept;
   /// Whether there may be more.
   bool serve_some();
   void serve_one(void* request, const DDS_SampleInfo& info) noexcept;
