@@ -1,5 +1,7 @@
 #include "replier.hpp"
 
+#include <zemtra/replier_params.hpp>
+
 #include "statistics.hpp"
 
 namespace {
@@ -8,18 +10,11 @@ namespace {
 constexpr DDS_Duration_t max_wait{0, 50000000};
 constexpr int max_requests = 64;
 
-class ReplierParams : public zemtra::details::EntityParams {
- public:
-  explicit ReplierParams(const Participant& participant) : EntityParams(participant.get()) {
-    service_name_ = ::service_name;
-  }
-};
-
 }  // namespace
 
 Replier::Replier(const Participant& participant) {
-  replier_.initialize(ReplierParams(participant), register_string, register_string, sizeof(char*),
-                      /*reader_listener=*/nullptr, false);
+  replier_.initialize(zemtra::ReplierParams(participant.get()).service_name(service_name), register_string,
+                      register_string, sizeof(char*), /*reader_listener=*/nullptr, false);
   thread_ = std::async(std::launch::async, [this] { run(); });
 }
 
