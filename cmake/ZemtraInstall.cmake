@@ -8,8 +8,9 @@ endforeach()
 set_target_properties(zemtra_dds PROPERTIES EXPORT_NAME dds)
 set_target_properties(zemtra_requestreply PROPERTIES EXPORT_NAME requestreply)
 set_target_properties(zemtra_typed PROPERTIES EXPORT_NAME zemtra)
+install(TARGETS zemtra_dds_rtps LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 # Each library finds the others beside it, wherever they are moved to together.
-set_target_properties(zemtra_dds zemtra_requestreply zemtra_typed PROPERTIES INSTALL_RPATH $ORIGIN)
+set_target_properties(zemtra_dds zemtra_dds_rtps zemtra_requestreply zemtra_typed PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS zemtra_dds zemtra_requestreply zemtra_typed EXPORT zemtra INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zemtra)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zemtra)

@@ -165,6 +165,9 @@ class FaultyParticipant final : public DDSDomainParticipant {
   DDS_ReturnCode_t get_current_time(DDS_Time_t& time) override;
 
   DDS_DomainId_t get_domain_id() override { return real_.get_domain_id(); }
+  DDS_ReturnCode_t get_transport_statistics(DDS_TransportStatistics& statistics) override {
+    return real_.get_transport_statistics(statistics);
+  }
   DDS_ReturnCode_t register_type(const char* type_name, const DDS_TypePlugin& plugin) override {
     return real_.register_type(type_name, plugin);
   }

@@ -75,6 +75,7 @@ class DDS_EXPORT DDSDomainParticipant : public DDSEntity {
 
   /// The time of the machine's real-time clock.
   virtual DDS_ReturnCode_t get_current_time(DDS_Time_t& time) = 0;
+  virtual DDS_ReturnCode_t get_transport_statistics(DDS_TransportStatistics& statistics) = 0;
 
  protected:
   ~DDSDomainParticipant() override;

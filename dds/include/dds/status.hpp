@@ -40,6 +40,13 @@ struct DDS_RequestedIncompatibleQosStatus {
 };
 using DDS_OfferedIncompatibleQosStatus = DDS_RequestedIncompatibleQosStatus;
 
+/// What a participant's transport could not deliver, since it was created; zeros for a transport that delivers
+/// everything.
+struct DDS_TransportStatistics {
+  DDS_LongLong malformed_messages = 0;  ///< received and dropped: not of our making, or data that does not decode
+  DDS_LongLong vanished_replies = 0;    ///< written in answer to a writer that is not there any more
+};
+
 /// Counts the other ends that match now (current) and ever did (total).
 struct DDS_SubscriptionMatchedStatus {
   DDS_Long total_count = 0;

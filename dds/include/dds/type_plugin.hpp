@@ -23,7 +23,7 @@ struct DDS_TypePlugin {
   /// False when memory is exhausted or `source` cannot be written (a null string, say); `destination` is then in a
   /// state that can be copied to again.
   bool (*copy)(void* destination, const void* source);
-  /// Octets that `serialize` writes.
+  /// Octets that `serialize` writes. Both take the application's samples, if they can be written, and own ones.
   std::size_t (*serialized_size)(const void* sample);
   /// Writes the sample as CDR with its 4-octet encapsulation header; false when `capacity` is too small.
   bool (*serialize)(const void* sample, unsigned char* buffer, std::size_t capacity);

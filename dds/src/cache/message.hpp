@@ -18,7 +18,7 @@ enum class MessageKind { data, dispose, unregister, dispose_and_unregister };
 
 /// One written sample: the data, copied once, with its identities. All readers and all loans share it. Whoever writes
 /// it fills it in while it has the only reference; afterwards nothing but the count changes.
-class Message {
+class DDS_EXPORT Message {
  public:
   MessageKind kind = MessageKind::data;
   DDS_SampleIdentity_t identity;
@@ -46,7 +46,7 @@ class Message {
 
 /// Where a writer gets its messages and where they go when the last reader has let go of them, possibly after the
 /// writer is gone: the pool deletes itself once it is closed and every message is back. Thread-safe.
-class MessagePool {
+class DDS_EXPORT MessagePool {
  public:
   explicit MessagePool(const DDS_TypePlugin& type);
   /// A message with one reference whose sample holds anything; null when memory is exhausted.

@@ -10,7 +10,7 @@
 namespace dds {
 
 /// What a wait set consists of; shared by the `DDSWaitSet` and by threads that are about to wake it.
-class WaitSetCore : public RefCounted<WaitSetCore> {
+class DDS_EXPORT WaitSetCore : public RefCounted<WaitSetCore> {
  public:
   WaitSetCore();
   ~WaitSetCore();

@@ -3,10 +3,10 @@
 #include <unordered_map>
 
 #include "domain/participant_impl.hpp"
-#include "in_process/in_process_transport.hpp"
 #include "log/log.hpp"
 #include "qos/profile_store.hpp"
 #include "qos/qos_check.hpp"
+#include "transport/load_transport.hpp"
 
 namespace dds {
 namespace {
@@ -56,7 +56,9 @@ DDSDomainParticipant* FactoryImpl::create_participant(DDS_DomainId_t domain_id, 
   }
   if (check(qos, context) != DDS_RETCODE_OK) { return nullptr; }
   try {
-    auto made = std::make_unique<ParticipantImpl>(domain_id, std::make_unique<InProcessTransport>());
+    std::unique_ptr<Transport> transport = make_transport(domain_id, qos, context);
+    if (transport == nullptr) { return nullptr; }
+    auto made = std::make_unique<ParticipantImpl>(domain_id, std::move(transport));
     DDSDomainParticipant* participant = made.get();
     const MutexLock lock(mutex_);
     participants_.emplace(participant, std::move(made));

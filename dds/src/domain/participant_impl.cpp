@@ -150,4 +150,9 @@ DDS_ReturnCode_t ParticipantImpl::get_current_time(DDS_Time_t& time) {
   return DDS_RETCODE_OK;
 }
 
+DDS_ReturnCode_t ParticipantImpl::get_transport_statistics(DDS_TransportStatistics& statistics) {
+  statistics = transport_->statistics();
+  return DDS_RETCODE_OK;
+}
+
 }  // namespace dds

@@ -81,6 +81,7 @@ class ParticipantImpl final : public QuietEntity<DDSDomainParticipant> {
   DDS_ReturnCode_t set_default_datareader_qos(const DDS_DataReaderQos& qos, const char* topic_pattern) override
       DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t get_current_time(DDS_Time_t& time) override;
+  DDS_ReturnCode_t get_transport_statistics(DDS_TransportStatistics& statistics) override;
 
   // For what the participant holds.
 

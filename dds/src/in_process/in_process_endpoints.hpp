@@ -2,12 +2,11 @@
 
 #include <memory>
 #include <string>
-#include <unordered_map>
-#include <vector>
 
 #include "filter/filter.hpp"
 #include "in_process/topic_bus.hpp"
 #include "reader/reader_core.hpp"
+#include "transport/route_table.hpp"
 #include "writer/writer_core.hpp"
 
 namespace dds {
@@ -46,7 +45,7 @@ class InProcessWriter final : public TransportWriter {
   const std::string& type_name() const { return key_.type_name; }
 
   void announce() override { bus_->add(*this); }
-  DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) override
+  DDS_ReturnCode_t write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) override
       DDS_EXCLUDES(mutex_);
 
   // For the bus, under its lock.
@@ -56,35 +55,6 @@ class InProcessWriter final : public TransportWriter {
   void disconnect(InProcessReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
 
  private:
-  /// The way to one matched reader.
-  struct Route {
-    ReaderCore* reader;
-    RemoteWriter* self;    // this writer as the reader sees it; the reader's
-    const Filter* filter;  // null: takes everything that it is offered
-  };
-  struct Target {
-    const Route* route;
-    ReaderCore::Reservation reservation;
-  };
-  struct GuidHash {
-    std::size_t operator()(const DDS_GUID_t& guid) const;
-  };
-  struct GuidEqual {
-    bool operator()(const DDS_GUID_t& a, const DDS_GUID_t& b) const { return DDS_GUID_equals(&a, &b); }
-  };
-  /// A reader that had no room, to be waited for without the lock.
-  struct Blocked {
-    ReaderCore* reader = nullptr;
-    std::uint32_t ticket = 0;
-  };
-
-  RemoteWriter* remove_route(const InProcessReader& reader) DDS_REQUIRES(mutex_);
-  void find_targets(const Message& message) DDS_REQUIRES(mutex_);
-  ReaderCore::Admission deliver(RefPtr<Message>& message, Blocked& blocked, Notifications& notifications)
-      DDS_REQUIRES(mutex_);
-  ReaderCore::Admission deliver_to_all(const RefPtr<Message>& message, Blocked& blocked, Notifications& notifications)
-      DDS_REQUIRES(mutex_);
-
   const TopicKey key_;
   WriterCore& sink_;
   const DDS_GUID_t guid_;
@@ -92,13 +62,7 @@ class InProcessWriter final : public TransportWriter {
 
   Mutex mutex_;
   std::uint64_t last_number_ DDS_GUARDED_BY(mutex_) = 0;
-  // Readers whose filter asks for replies to one writer are found by that writer's GUID: a reply costs the same with
-  // one requester on the service as with ten thousand.
-  std::unordered_map<DDS_GUID_t, std::vector<Route>, GuidHash, GuidEqual> routes_by_related_writer_
-      DDS_GUARDED_BY(mutex_);
-  std::vector<Route> other_routes_ DDS_GUARDED_BY(mutex_);
-  std::vector<Target> targets_ DDS_GUARDED_BY(mutex_);  // scratch of one write; as large as there are routes
-  std::size_t route_count_ DDS_GUARDED_BY(mutex_) = 0;
+  RouteTable routes_ DDS_GUARDED_BY(mutex_);
 };
 
 }  // namespace dds

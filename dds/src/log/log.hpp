@@ -7,13 +7,13 @@ namespace dds {
 
 /// Logs a failure of this layer, if the masks let it through: the template's text with the formatted text in place of
 /// its "%s", cut to 1023 octets. Allocates nothing.
-void log_failure(const char* file, int line, const char* context, const QVXLogMessage& log_template, const char* format,
-                 ...) __attribute__((format(printf, 5, 6)));
+DDS_EXPORT void log_failure(const char* file, int line, const char* context, const QVXLogMessage& log_template,
+                            const char* format, ...) __attribute__((format(printf, 5, 6)));
 
 /// Passes an outcome on. A refusal of the call itself is logged first: a bad parameter, or, as `precondition` puts it,
 /// an object that is not in the state for it. No lock may be held.
-DDS_ReturnCode_t log_refusal(const char* file, int line, const char* context, DDS_ReturnCode_t outcome,
-                             const char* precondition);
+DDS_EXPORT DDS_ReturnCode_t log_refusal(const char* file, int line, const char* context, DDS_ReturnCode_t outcome,
+                                        const char* precondition);
 
 }  // namespace dds
 

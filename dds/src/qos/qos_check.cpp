@@ -117,8 +117,9 @@ DDS_ReturnCode_t check(const DDS_DomainParticipantQos& qos, const char* context)
   Verdict verdict(context);
   const DDS_Property_t* transport = DDSPropertyQosPolicyHelper::lookup_property(qos.property, "dds.transport");
   verdict.unsupported_if(
-      transport != nullptr && (transport->value == nullptr || std::strcmp(transport->value, "in_process") != 0),
-      "property \"dds.transport\": not \"in_process\"");
+      transport != nullptr && (transport->value == nullptr || (std::strcmp(transport->value, "in_process") != 0 &&
+                                                               std::strcmp(transport->value, "rtps") != 0)),
+      "property \"dds.transport\": neither \"in_process\" nor \"rtps\"");
   return verdict.code();
 }
 

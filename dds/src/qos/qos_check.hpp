@@ -16,6 +16,7 @@ DDS_ReturnCode_t check(const DDS_SubscriberQos& qos, const char* context) noexce
 DDS_ReturnCode_t check(const DDS_DomainParticipantQos& qos, const char* context) noexcept;
 
 /// The policy that keeps two ends from matching; `DDS_INVALID_QOS_POLICY_ID` when they match.
-DDS_QosPolicyId_t incompatible_policy(const DDS_DataWriterQos& offered, const DDS_DataReaderQos& requested) noexcept;
+DDS_EXPORT DDS_QosPolicyId_t incompatible_policy(const DDS_DataWriterQos& offered,
+                                                 const DDS_DataReaderQos& requested) noexcept;
 
 }  // namespace dds

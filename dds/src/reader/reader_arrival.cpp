@@ -31,7 +31,7 @@ void ReaderCore::remove_writer(RemoteWriter* writer, Notifications& notification
   match_conditions_.raise(notifications);
   if (cache_.remove_writer(*writer, notifications)) { raise(DDS_DATA_AVAILABLE_STATUS, notifications); }
   raise(DDS_SUBSCRIPTION_MATCHED_STATUS, notifications);
-  if (bounded_) { space_.notify(); }  // its instances may have gone with it
+  if (bounded_) { notify_space(); }  // its instances may have gone with it
 }
 
 ReaderCore::Admission ReaderCore::deliver(RefPtr<Message>& message, RemoteWriter& writer,
@@ -59,7 +59,7 @@ void ReaderCore::cancel(const Reservation& reservation) {
     const MutexLock lock(mutex_);
     cache_.cancel(reservation.entry);
   }
-  space_.notify();  // the place may be what another writer waits for
+  notify_space();  // the place may be what another writer waits for
 }
 
 bool ReaderCore::knows(const Message& message) {
@@ -88,7 +88,7 @@ void ReaderCore::settle(const Reservation& reservation, Notifications& notificat
     if (cache_.commit(reservation.entry, notifications)) {
       raise(DDS_DATA_AVAILABLE_STATUS, notifications);
     } else if (bounded_) {
-      space_.notify();  // a slot was not needed after all, or an instance has gone
+      notify_space();  // a slot was not needed after all, or an instance has gone
     }
     return;
   }
@@ -107,6 +107,11 @@ void ReaderCore::settle(const Reservation& reservation, Notifications& notificat
   raise(DDS_SAMPLE_REJECTED_STATUS, notifications);
 }
 
+void ReaderCore::notify_space() {
+  space_.notify();
+  if (SpaceListener* listener = space_listener_.load(std::memory_order_acquire)) { listener->on_space(); }
+}
+
 void ReaderCore::wait_for_space(std::uint32_t ticket, Deadline& deadline) {
   space_.wait(ticket, deadline);
   // Whoever waits in `release_blocked_writers` may go on and destroy this as soon as the count is 0.
@@ -115,7 +120,7 @@ void ReaderCore::wait_for_space(std::uint32_t ticket, Deadline& deadline) {
 
 void ReaderCore::release_blocked_writers() {
   Deadline never(DDS_DURATION_INFINITE);
-  space_.notify();
+  notify_space();
   while (const std::uint32_t blocked = blocked_.load(std::memory_order_acquire)) {
     futex_wait(blocked_, blocked, never);
   }

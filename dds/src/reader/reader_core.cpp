@@ -169,7 +169,7 @@ DDS_ReturnCode_t ReaderCore::discard(const char* index_name, std::uint64_t key) 
     }
     for (std::size_t i = 0; i < count; ++i) { removed[i]->unref(); }
   } while (count == kFewMessages);
-  if (bounded_) { space_.notify(); }
+  if (bounded_) { notify_space(); }
   return DDS_RETCODE_OK;
 }
 
@@ -240,7 +240,7 @@ DDS_ReturnCode_t ReaderCore::lend(StateMask states, const ReadConditionImpl* con
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   }
   if (loan == nullptr) { return DDS_RETCODE_NO_DATA; }
-  if (take && bounded_) { space_.notify(); }
+  if (take && bounded_) { notify_space(); }
   return DDS_RETCODE_OK;
 }
 

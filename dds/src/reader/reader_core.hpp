@@ -16,9 +16,18 @@
 
 namespace dds {
 
+/// Learns that a reader that was full may have room. Called under the reader's lock: it must not call back.
+class SpaceListener {
+ public:
+  virtual void on_space() noexcept = 0;
+
+ protected:
+  ~SpaceListener() = default;
+};
+
 /// A data reader without its API: the cache under the reader's lock, conditions, statuses and loans. It is also the
 /// sink into which a transport delivers.
-class ReaderCore final : public DDS_DataReader, public StatusDispatch {
+class DDS_EXPORT ReaderCore final : public DDS_DataReader, public StatusDispatch {
  public:
   /// `api` is the object that the application sees; `related_writer` is the one whose answers are all that the reader
   /// wants, or null. Throws `std::bad_alloc`.
@@ -58,6 +67,10 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   /// After `full`, with the ticket left in the writer: blocks until the reader may have room, or the deadline. Call it
   /// without any lock; the reader stays alive meanwhile.
   void wait_for_space(std::uint32_t ticket, Deadline& deadline);
+  /// For a transport whose writers wait elsewhere: is told whenever a full reader may have room again, under the
+  /// reader's lock and on any thread. It must outlive its being set; null ends it. After `full`, `wait_for_space` is
+  /// then called with no time to wait.
+  void set_space_listener(SpaceListener* listener) { space_listener_.store(listener, std::memory_order_release); }
   /// No sample comes any more: lets blocked writers go and waits until they are gone.
   void release_blocked_writers();
 
@@ -100,6 +113,7 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   static constexpr std::size_t kFewMessages = 8;
 
   void tell(DDS_StatusMask status) override;
+  void notify_space();
   template <class Status>
   DDS_ReturnCode_t read_status(DDS_StatusMask mask, Status ReaderCore::*own, Status& status) DDS_EXCLUDES(mutex_);
   Admission try_reserve(RefPtr<Message>& message, RemoteWriter& writer, Reservation& reservation) DDS_REQUIRES(mutex_);
@@ -140,7 +154,8 @@ class ReaderCore final : public DDS_DataReader, public StatusDispatch {
   DDS_SubscriptionMatchedStatus matched_ DDS_GUARDED_BY(mutex_);
   std::atomic<DDSDataReaderListener*> listener_{nullptr};
 
-  EventCount space_;                       // advanced when samples or instances leave a bounded reader
+  EventCount space_;  // advanced when samples or instances leave a bounded reader
+  std::atomic<SpaceListener*> space_listener_{nullptr};
   std::atomic<std::uint32_t> blocked_{0};  // writers between `full` and the end of `wait_for_space`
 };
 

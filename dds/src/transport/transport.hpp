@@ -1,6 +1,8 @@
 #pragma once
 
 #include <dds/identity.hpp>
+#include <dds/status.hpp>
+#include <dds/write_params.hpp>
 #include <memory>
 #include <string>
 
@@ -20,6 +22,13 @@ struct TopicKey {
   std::string type_name;
 };
 
+/// What the application writes, lent for the call.
+struct WrittenSample {
+  MessageKind kind;
+  const void* data;  // the application's sample; of anything but data, the key counts alone
+  const DDS_WriteParams_t& params;
+};
+
 /// A writer in a transport; destroying it withdraws it.
 class TransportWriter {
  public:
@@ -27,11 +36,11 @@ class TransportWriter {
   /// Makes the writer known: it is matched with the readers that are there, and both ends are told. Once. Throws
   /// `std::bad_alloc`.
   virtual void announce() = 0;
-  /// Gives the message the next identity, with the GUID of the sink, and delivers it to every matched reader whose
+  /// Gives the sample the next identity, with the GUID of the sink, and delivers it to every matched reader whose
   /// filter admits it, or to none: `DDS_RETCODE_TIMEOUT` when a reader had no room until the deadline,
-  /// `DDS_RETCODE_OUT_OF_RESOURCES`. On success `assigned` has the identity before any reader has the sample; on
-  /// failure it is automatic. Thread-safe.
-  virtual DDS_ReturnCode_t write(RefPtr<Message> message, Deadline& deadline, DDS_SampleIdentity_t& assigned) = 0;
+  /// `DDS_RETCODE_OUT_OF_RESOURCES`, or what the sink says of data that cannot be carried. On success `assigned` has
+  /// the identity before any reader has the sample; on failure it is automatic. Thread-safe.
+  virtual DDS_ReturnCode_t write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) = 0;
 };
 
 /// A reader in a transport; destroying it withdraws it, after which nothing is delivered to its sink.
@@ -51,6 +60,7 @@ class Transport {
   /// `filter` may be null; it must outlive the endpoint.
   virtual std::unique_ptr<TransportReader> create_reader(const TopicKey& key, ReaderCore& sink,
                                                          const Filter* filter) = 0;
+  virtual DDS_TransportStatistics statistics() const = 0;
 };
 
 }  // namespace dds

@@ -2,14 +2,15 @@
 
 #include <atomic>
 #include <cstdint>
+#include <dds/export.hpp>
 
 #include "util/deadline.hpp"
 
 namespace dds {
 
 /// Blocks while `*word` equals `seen`, at most until the deadline. May return early for no reason: callers look again.
-void futex_wait(const std::atomic<std::uint32_t>& word, std::uint32_t seen, Deadline& deadline);
-void futex_wake(const std::atomic<std::uint32_t>& word, int count);
+DDS_EXPORT void futex_wait(const std::atomic<std::uint32_t>& word, std::uint32_t seen, Deadline& deadline);
+DDS_EXPORT void futex_wake(const std::atomic<std::uint32_t>& word, int count);
 
 /// Lets threads sleep until something has happened, without a lock: take a ticket, look whether there is reason to
 /// sleep, then wait. What is notified after the ticket was taken ends the wait.

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <dds/export.hpp>
 
 // A mutex that clang's thread-safety analysis understands. The order in which locks are taken is written in
 // docs/architecture.md.
@@ -23,7 +24,7 @@ namespace dds {
 
 /// A mutex on a futex. A sample passes a dozen locks, nearly always free, and taking and leaving a free one is here two
 /// instructions in place of two calls: a fifth of a round trip within one thread.
-class DDS_CAPABILITY("mutex") Mutex {
+class DDS_EXPORT DDS_CAPABILITY("mutex") Mutex {
  public:
   Mutex() = default;
   Mutex(const Mutex&) = delete;

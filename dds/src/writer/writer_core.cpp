@@ -54,22 +54,45 @@ DDS_ReturnCode_t WriterCore::write(MessageKind kind, const void* data, DDS_Write
     DDS_LOG_FAILURE(kWrite, DDS_LOG_UNSUPPORTED_s, "a cookie in the write parameters");
     return DDS_RETCODE_UNSUPPORTED;
   }
-  RefPtr<Message> message = pool_->acquire();
-  if (message.get() == nullptr) { return DDS_RETCODE_OUT_OF_RESOURCES; }
-  const DDS_ReturnCode_t filled = fill(*message, kind, data, params);
-  if (filled != DDS_RETCODE_OK) { return filled; }
   Deadline deadline(qos_.reliability.max_blocking_time);
-  return endpoint_->write(std::move(message), deadline, params.identity);
+  return endpoint_->write({kind, data, params}, deadline, params.identity);
 }
 
-DDS_ReturnCode_t WriterCore::fill(Message& message, MessageKind kind, const void* data,
-                                  const DDS_WriteParams_t& params) const {
-  const bool copied =
-      kind == MessageKind::data ? type_.copy(message.sample(), data) : type_.copy_key(message.sample(), data);
+DDS_ReturnCode_t WriterCore::make_message(const WrittenSample& sample, RefPtr<Message>& message) const {
+  message = pool_->acquire();
+  if (message.get() == nullptr) { return DDS_RETCODE_OUT_OF_RESOURCES; }
+  return fill(*message, sample);
+}
+
+namespace {
+
+DDS_ReturnCode_t refuse_data() {
+  DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "data that the type cannot carry");
+  return DDS_RETCODE_BAD_PARAMETER;
+}
+
+DDS_ReturnCode_t refuse_handle() {
+  DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "a handle that is not the data's instance");
+  return DDS_RETCODE_BAD_PARAMETER;
+}
+
+}  // namespace
+
+DDS_ReturnCode_t WriterCore::check_sample(const WrittenSample& sample) const {
+  if (type_.writable != nullptr && !type_.writable(sample.data)) { return refuse_data(); }
+  const DDS_InstanceHandle_t handle = sample.params.handle;
+  if (handle == DDS_HANDLE_NIL || (type_.key != nullptr && handle == lookup_instance(sample.data))) {
+    return DDS_RETCODE_OK;
+  }
+  return refuse_handle();
+}
+
+DDS_ReturnCode_t WriterCore::fill(Message& message, const WrittenSample& sample) const {
+  const DDS_WriteParams_t& params = sample.params;
+  const bool copied = sample.kind == MessageKind::data ? type_.copy(message.sample(), sample.data)
+                                                       : type_.copy_key(message.sample(), sample.data);
   if (!copied) {
-    if (type_.writable == nullptr || type_.writable(data)) { return DDS_RETCODE_OUT_OF_RESOURCES; }
-    DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "data that the type cannot carry");
-    return DDS_RETCODE_BAD_PARAMETER;
+    return type_.writable == nullptr || type_.writable(sample.data) ? DDS_RETCODE_OUT_OF_RESOURCES : refuse_data();
   }
   if (type_.key != nullptr) {
     try {
@@ -77,10 +100,9 @@ DDS_ReturnCode_t WriterCore::fill(Message& message, MessageKind kind, const void
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
   }
   if (params.handle != DDS_HANDLE_NIL && (type_.key == nullptr || params.handle != hash_key(message.key))) {
-    DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "a handle that is not the data's instance");
-    return DDS_RETCODE_BAD_PARAMETER;
+    return refuse_handle();
   }
-  message.kind = kind;
+  message.kind = sample.kind;
   message.related_identity = params.related_sample_identity;
   message.arrival_time = current_time();
   message.source_time = params.source_timestamp == DDS_TIME_INVALID ? message.arrival_time : params.source_timestamp;

@@ -17,7 +17,7 @@ namespace dds {
 
 /// A data writer without its API: makes messages of the application's data and hands them to the transport; also where
 /// the transport tells of matches.
-class WriterCore final : public DDS_DataWriter, public StatusDispatch {
+class DDS_EXPORT WriterCore final : public DDS_DataWriter, public StatusDispatch {
  public:
   /// `api` is the object that the application sees. Throws `std::bad_alloc`.
   WriterCore(DDSDataWriter& api, const DDS_TypePlugin& type, DDS_InstanceHandle_t participant, DDS_DataWriterQos qos);
@@ -39,6 +39,11 @@ class WriterCore final : public DDS_DataWriter, public StatusDispatch {
   /// Does nothing for a reader that could not be added.
   void remove_reader(DDS_InstanceHandle_t handle, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void count_incompatible(DDS_QosPolicyId_t policy, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// Copies what is written into a message without identity. The return code that `write` is to give otherwise, null
+  /// message included.
+  DDS_ReturnCode_t make_message(const WrittenSample& sample, RefPtr<Message>& message) const;
+  /// Whether the data can be written, and is of the instance that the parameters name: `make_message` without copying.
+  DDS_ReturnCode_t check_sample(const WrittenSample& sample) const;
 
   // For the API.
 
@@ -69,7 +74,7 @@ class WriterCore final : public DDS_DataWriter, public StatusDispatch {
   void tell(DDS_StatusMask status) override;
   template <class Status>
   DDS_ReturnCode_t read_status(DDS_StatusMask mask, Status WriterCore::*own, Status& status) DDS_EXCLUDES(mutex_);
-  DDS_ReturnCode_t fill(Message& message, MessageKind kind, const void* data, const DDS_WriteParams_t& params) const;
+  DDS_ReturnCode_t fill(Message& message, const WrittenSample& sample) const;
 
   DDSDataWriter& api_;
   const DDS_TypePlugin type_;

@@ -1,0 +1,28 @@
+#include "rtps/channels.hpp"
+
+#include "log/log.hpp"
+
+namespace dds::rtps {
+
+// The engine refuses only once its writer is beyond repair; then the participant at the other end is as good as lost,
+// and will be.
+void EngineChannel::send(Packet packet) {
+  if (!writer_->write(std::move(packet))) {
+    DDS_LOG_FAILURE("send", QVX_LOG_ANY_FAILURE_s, "the engine does not take a message");
+  }
+}
+
+void LoopbackChannel::send(Packet packet) {
+  {
+    const MutexLock lock(mutex_);
+    packets_.push_back(std::move(packet));
+  }
+  arrived_.notify();
+}
+
+std::vector<Packet> LoopbackChannel::receive() {
+  const MutexLock lock(mutex_);
+  return std::exchange(packets_, {});
+}
+
+}  // namespace dds::rtps

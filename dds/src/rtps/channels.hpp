@@ -1,0 +1,37 @@
+#pragma once
+
+#include <vector>
+
+#include "rtps/engine.hpp"
+#include "rtps/peer.hpp"
+#include "util/futex.hpp"
+#include "util/mutex.hpp"
+
+namespace dds::rtps {
+
+/// A channel through the engine.
+class EngineChannel final : public Channel {
+ public:
+  explicit EngineChannel(std::unique_ptr<EngineWriter> writer) : writer_(std::move(writer)) {}
+  void send(Packet packet) override;
+
+ private:
+  const std::unique_ptr<EngineWriter> writer_;
+};
+
+/// The channel of a participant to itself.
+class LoopbackChannel final : public Channel {
+ public:
+  /// `arrived` tells that there is something to receive.
+  explicit LoopbackChannel(EventCount& arrived) : arrived_(arrived) {}
+  void send(Packet packet) override DDS_EXCLUDES(mutex_);
+  /// What has been sent since the last call.
+  std::vector<Packet> receive() DDS_EXCLUDES(mutex_);
+
+ private:
+  EventCount& arrived_;
+  Mutex mutex_;
+  std::vector<Packet> packets_ DDS_GUARDED_BY(mutex_);
+};
+
+}  // namespace dds::rtps

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "filter/filter.hpp"
+#include "reader/reader_core.hpp"
+#include "rtps/peer.hpp"
+#include "transport/transport.hpp"
+#include "writer/writer_core.hpp"
+
+namespace dds::rtps {
+
+class Hub;
+
+/// A reader of this participant.
+class RtpsReader final : public TransportReader {
+ public:
+  /// Throws `std::bad_alloc`.
+  RtpsReader(Hub& hub, const TopicKey& key, ReaderCore& sink, const Filter* filter);
+  ~RtpsReader() override;
+  void announce() override;
+
+  ReaderCore& sink() const { return sink_; }
+  const Filter* filter() const { return filter_; }
+  const Endpoint& endpoint() const { return endpoint_; }
+  const DDS_GUID_t& guid() const { return sink_.data()->key; }
+
+ private:
+  Hub& hub_;
+  ReaderCore& sink_;
+  const Filter* const filter_;
+  Endpoint endpoint_;
+};
+
+/// A writer of this participant: numbers the samples and sends each to the participants whose readers take it, one copy
+/// to each, whatever the number of its readers.
+class RtpsWriter final : public TransportWriter {
+ public:
+  /// Throws `std::bad_alloc`.
+  RtpsWriter(Hub& hub, const TopicKey& key, WriterCore& sink);
+  ~RtpsWriter() override;
+  void announce() override;
+  DDS_ReturnCode_t write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) override
+      DDS_EXCLUDES(mutex_);
+
+  WriterCore& sink() const { return sink_; }
+  const Endpoint& endpoint() const { return endpoint_; }
+  const DDS_GUID_t& guid() const { return sink_.guid(); }
+
+  // For the hub, under its lock.
+
+  /// Throws `std::bad_alloc`, having changed nothing.
+  void connect(const RemoteEndpoint& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// Does nothing for a reader that is not connected.
+  void disconnect(const RemoteEndpoint& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// A participant says that a reservation has its place in its readers, or that it has to wait.
+  void on_answer(std::uint64_t token, const Peer& peer, bool placed) DDS_EXCLUDES(mutex_);
+  /// Nobody waits for that participant any more.
+  void on_peer_lost(const Peer& peer) DDS_EXCLUDES(mutex_);
+
+ private:
+  /// The readers of one participant that take the same samples.
+  struct Route {
+    std::shared_ptr<Peer> peer;
+    unsigned readers = 0;
+    unsigned reliable = 0;  // of them
+    unsigned bounded = 0;   // of them, reliable ones that may be full
+  };
+  using Routes = std::vector<Route>;
+  /// A copy of a sample for one participant. The writer's lock guards it.
+  struct Shipment {
+    Peer* peer;
+    bool reliable = false;  // one of its readers is
+    bool bounded = false;   // one of its readers may be full
+    Packet packet;          // empty when only best-effort readers go without it
+  };
+  /// A sample that waits for places in the readers of other participants. The writer's lock guards it, but for the
+  /// event.
+  struct Reservation {
+    enum class State { unanswered, waiting, placed, lost };
+    struct Place {
+      const Peer* peer;
+      State state;
+    };
+    bool any(State state) const;
+
+    std::uint64_t token = 0;
+    std::vector<Place> places;
+    EventCount changed;
+  };
+  struct Attempt;
+  /// What is next after a try: nothing; to wait and to try again; to wait for places.
+  enum class Step { done, again, reserve, timed_out };
+
+  void change(Routes& routes, const RemoteEndpoint& reader, int difference) DDS_REQUIRES(mutex_);
+  DDS_ReturnCode_t await_requester(const DDS_GUID_t& requester, Deadline& deadline) DDS_EXCLUDES(mutex_);
+  DDS_ReturnCode_t serialize(const WrittenSample& sample, Packet& packet) const;
+  Step try_write(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  void add_shipments(const Routes& routes) DDS_REQUIRES(mutex_);
+  void find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) DDS_REQUIRES(mutex_);
+  bool fill_shipments(Attempt& attempt) DDS_REQUIRES(mutex_);
+  void ask_for_places(Attempt& attempt) DDS_REQUIRES(mutex_);
+  Step await_places(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  Step settle(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  void set_places(Reservation& reservation, const Peer& peer, Reservation::State state) DDS_REQUIRES(mutex_);
+  DDS_SampleIdentity_t next_identity() DDS_REQUIRES(mutex_);
+
+  Hub& hub_;
+  WriterCore& sink_;
+  Endpoint endpoint_;
+
+  Mutex mutex_;
+  std::uint64_t last_number_ DDS_GUARDED_BY(mutex_) = 0;
+  std::uint64_t last_token_ DDS_GUARDED_BY(mutex_) = 0;
+  // Readers that want the replies to one writer are found by that writer's GUID: a reply goes to the participant of its
+  // requester and to no other, and costs the same however many there are.
+  std::unordered_map<DDS_GUID_t, Routes, GuidHash, GuidEqual> by_related_writer_ DDS_GUARDED_BY(mutex_);
+  Routes others_ DDS_GUARDED_BY(mutex_);
+  std::unordered_set<DDS_GUID_t, GuidHash, GuidEqual> connected_ DDS_GUARDED_BY(mutex_);  // readers
+  std::atomic<std::size_t> reader_count_{0};
+  std::vector<Shipment> shipments_ DDS_GUARDED_BY(mutex_);  // scratch of one write
+  std::vector<Reservation*> reservations_ DDS_GUARDED_BY(mutex_);
+};
+
+}  // namespace dds::rtps

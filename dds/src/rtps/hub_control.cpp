@@ -1,0 +1,301 @@
+// The control thread of a participant: finds the others, makes sure of them, and does what must not be done on the
+// engine's threads. It calls no application code and waits for nobody.
+
+#include <algorithm>
+#include <new>
+#include <random>
+
+#include "log/log.hpp"
+#include "rtps/hub.hpp"
+
+namespace dds::rtps {
+
+namespace {
+
+constexpr std::int64_t kMillisecond = 1000000;
+
+std::int64_t now() { return clock_nanoseconds(CLOCK_MONOTONIC); }
+
+std::uint64_t draw_session() {
+  std::random_device random;
+  for (;;) {
+    const std::uint64_t session = std::uint64_t{random()} << 32 | random();
+    if (session != 0) { return session; }
+  }
+}
+
+// Often while it is likely that the other is just coming up, then seldom.
+std::int64_t pause_after(unsigned hellos) {
+  if (hellos < 20) { return kMillisecond; }
+  return hellos < 60 ? 10 * kMillisecond : 100 * kMillisecond;
+}
+
+}  // namespace
+
+void Hub::add_news(News news) noexcept {
+  try {
+    const MutexLock lock(inbox_mutex_);
+    inbox_.push_back(std::move(news));
+  } catch (const std::bad_alloc&) {
+    DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "out of memory: a participant may go unnoticed");
+  }
+  call_control();
+}
+
+void Hub::on_presence(std::uint64_t writer, const unsigned char* octets, std::size_t size) noexcept {
+  try {
+    News news{News::Kind::presence, writer, {}};
+    if (!decode({octets, size}, news.presence)) {
+      count_malformed("what a participant says of itself");
+      return;
+    }
+    add_news(std::move(news));
+  } catch (const std::bad_alloc&) {
+    DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "out of memory: a participant may go unnoticed");
+  }
+}
+
+// What comes from it after it has come anew must not be taken for what comes next, so this is done at once.
+void Hub::on_writer_lost(std::uint64_t writer) noexcept {
+  {
+    const MutexLock lock(bindings_mutex_);
+    bindings_.erase(writer);
+  }
+  add_news({News::Kind::lost, writer, {}});
+}
+
+void Hub::control() {
+  for (;;) {
+    const std::uint32_t ticket = control_event_.ticket();
+    if (ending_.load(std::memory_order_acquire)) { return; }
+    std::int64_t next = now() + 100 * kMillisecond;
+    try {
+      next = control_once(asked_.exchange(0, std::memory_order_acquire));
+    } catch (const std::bad_alloc&) { DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "out of memory"); }
+    const std::int64_t pause = std::max<std::int64_t>(next - now(), 0);
+    Deadline deadline({static_cast<std::int32_t>(pause / 1000000000), static_cast<std::uint32_t>(pause % 1000000000)});
+    control_event_.wait(ticket, deadline);
+  }
+}
+
+std::int64_t Hub::control_once(std::uint32_t asked) {
+  receive_loopback();
+  if ((asked & kPresence) != 0) { publish_presence(); }
+  read_news();
+  if ((asked & kPlaces) != 0) { find_places(); }
+  return greet();
+}
+
+void Hub::receive_loopback() {
+  for (const Packet& packet : loopback_->receive()) {
+    Prefix prefix;
+    Octets payload;
+    decode({packet.octets(), packet.size()}, prefix, payload);
+    receive(self_, prefix, payload);
+  }
+}
+
+void Hub::publish_presence() {
+  Presence presence;
+  presence.address = address_;
+  {
+    const MutexLock lock(mutex_);
+    for (const auto& [name, topic] : topics_) {
+      const int roles =
+          (topic.writers.empty() ? 0 : Presence::kWrites) | (topic.readers.empty() ? 0 : Presence::kReads);
+      if (roles != 0) { presence.topics.push_back({topic_hash(name), static_cast<std::uint8_t>(roles)}); }
+    }
+  }
+  const std::vector<unsigned char> octets = encode(presence);
+  if (octets == last_presence_) { return; }
+  Packet packet = make_packet(octets.size());
+  if (!packet) { throw std::bad_alloc(); }
+  std::copy(octets.begin(), octets.end(), packet.octets());
+  if (!engine_->publish_presence(std::move(packet))) {
+    DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "the engine does not take a message");
+  }
+  last_presence_ = octets;
+  meet_interesting();
+}
+
+void Hub::read_news() {
+  std::vector<News> inbox;
+  {
+    const MutexLock lock(inbox_mutex_);
+    inbox.swap(inbox_);
+  }
+  for (const News& news : inbox) {
+    switch (news.kind) {
+      case News::Kind::presence: {
+        const MutexLock lock(mutex_);
+        known_[news.presence.address] = {news.presence, news.writer};
+        break;
+      }
+      case News::Kind::lost:
+        lose(news.writer);
+        break;
+      case News::Kind::hello:
+        meet(news.presence.address);
+        break;
+    }
+  }
+  if (!inbox.empty()) { meet_interesting(); }
+}
+
+// Whether that participant reads what this one writes, or writes what this one reads.
+bool Hub::interests(const Presence& presence) {
+  for (const auto& [name, topic] : topics_) {
+    const std::uint64_t hash = topic_hash(name);
+    for (const Presence::Topic& other : presence.topics) {
+      if (other.hash != hash) { continue; }
+      if (((other.roles & Presence::kReads) != 0 && !topic.writers.empty()) ||
+          ((other.roles & Presence::kWrites) != 0 && !topic.readers.empty())) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+void Hub::meet_interesting() {
+  std::vector<DDS_GUID_t> addresses;
+  {
+    const MutexLock lock(mutex_);
+    for (const auto& [address, known] : known_) {
+      if (peers_.count(address) == 0 && interests(known.presence)) { addresses.push_back(address); }
+    }
+  }
+  for (const DDS_GUID_t& address : addresses) { meet(address); }
+}
+
+void Hub::meet(const DDS_GUID_t& address) {
+  {
+    const MutexLock lock(mutex_);
+    if (peers_.count(address) != 0) { return; }
+  }
+  // Not under the lock, which the engine's threads want.
+  std::unique_ptr<EngineWriter> writer = engine_->connect(to_text(address));
+  if (writer == nullptr) {
+    DDS_LOG_FAILURE("discovery", QVX_LOG_CREATION_FAILURE_s, "a channel to another participant");
+    return;
+  }
+  auto peer = std::make_shared<Peer>(address, std::make_unique<EngineChannel>(std::move(writer)));
+  peer->session = draw_session();
+  const MutexLock lock(mutex_);
+  peers_.emplace(address, std::move(peer));
+}
+
+void Hub::lose(std::uint64_t writer) {
+  std::shared_ptr<Peer> lost;  // its channel closes after the lock is released
+  Told told(*this);
+  const MutexLock lock(mutex_);
+  for (auto known = known_.begin(); known != known_.end(); ++known) {
+    if (known->second.writer != writer) { continue; }
+    const auto peer = peers_.find(known->first);
+    if (peer != peers_.end()) { lost = peer->second; }
+    known_.erase(known);
+    break;
+  }
+  for (const auto& [address, peer] : peers_) {
+    if (peer->inbound_writer == writer) { lost = peer; }
+  }
+  if (lost == nullptr) { return; }
+  leave_readers(*lost, told);
+  forget_endpoints(*lost, told);
+  {
+    const MutexLock bindings(bindings_mutex_);
+    bindings_.erase(lost->inbound_writer);
+  }
+  lost->window()->close();
+  peers_.erase(lost->address());
+  openings_.notify();
+}
+
+// Nothing more is sent to its readers.
+void Hub::leave_readers(Peer& peer, Told& told) {
+  for (const auto& known : peer.endpoints) {
+    const RemoteEndpoint& remote = *known.second;
+    if (remote.is_writer) { continue; }
+    for (RtpsWriter* writer : topics_[remote.endpoint.topic_name].writers) {
+      writer->disconnect(remote, told.notifications);
+    }
+  }
+  for (const auto& known : own_writers_) { known.second->on_peer_lost(peer); }
+}
+
+void Hub::restart(Peer& peer, Told& told) {
+  leave_readers(peer, told);
+  peer.session = draw_session();
+  peer.heard = false;
+  peer.open = false;
+  peer.told_session = 0;
+  peer.hellos = 0;
+  peer.hello_due = true;
+}
+
+// The other hears us: from here on everything arrives. It learns of our endpoints before anything of them comes.
+void Hub::open_way(const std::shared_ptr<Peer>& peer, Told& told) {
+  peer->open = true;
+  for (const auto& [name, topic] : topics_) {
+    for (const RtpsWriter* writer : topic.writers) { send_endpoint(*peer, true, writer->guid(), writer->endpoint()); }
+    for (const RtpsReader* reader : topic.readers) { send_endpoint(*peer, false, reader->guid(), reader->endpoint()); }
+  }
+  for (const auto& known : peer->endpoints) {
+    const RemoteEndpoint& remote = *known.second;
+    if (remote.is_writer) { continue; }
+    for (RtpsWriter* writer : topics_[remote.endpoint.topic_name].writers) { match(*writer, remote, told); }
+  }
+  openings_.notify();
+}
+
+std::int64_t Hub::greet() {
+  std::int64_t next = INT64_MAX;
+  Told told(*this);
+  const MutexLock lock(mutex_);
+  for (const auto& [address, peer] : peers_) {
+    if (peer == self_) { continue; }
+    if (peer->heard && !peer->open) {
+      open_way(peer, told);
+      peer->hello_due = true;
+    }
+    const bool settled = peer->open && peer->told_session == peer->their_session;
+    if (!peer->hello_due && settled) { continue; }
+    const std::int64_t time = now();
+    if (peer->hello_due || peer->next_hello <= time) {
+      unsigned char octets[kHelloSize];
+      encode(Hello{peer->session, peer->their_session}, octets);
+      Prefix prefix;
+      prefix.kind = FrameKind::hello;
+      prefix.identity.writer_guid = address_;
+      peer->send(make_frame(prefix, {octets, sizeof(octets)}));
+      peer->hello_due = false;
+      if (peer->open) { peer->told_session = peer->their_session; }
+      peer->next_hello = time + pause_after(peer->hellos++);
+    }
+    if (!peer->open) { next = std::min(next, peer->next_hello); }
+  }
+  return next;
+}
+
+std::vector<std::shared_ptr<Peer>> Hub::all_peers() {
+  const MutexLock lock(mutex_);
+  std::vector<std::shared_ptr<Peer>> peers;
+  for (const auto& known : peers_) { peers.push_back(known.second); }
+  return peers;
+}
+
+void Hub::find_places() {
+  for (const std::shared_ptr<Peer>& peer : all_peers()) {
+    std::vector<Inbound::Answer> answers;
+    peer->inbound().try_reservations(answers);
+    for (const Inbound::Answer& answer : answers) {
+      Prefix prefix;
+      prefix.kind = answer.placed ? FrameKind::placed : FrameKind::waits;
+      prefix.identity.writer_guid = answer.writer;
+      prefix.token = answer.token;
+      peer->send(make_frame(prefix));
+    }
+  }
+}
+
+}  // namespace dds::rtps

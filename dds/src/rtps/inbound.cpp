@@ -1,0 +1,177 @@
+#include "rtps/inbound.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "rtps/endpoints.hpp"
+#include "util/deadline.hpp"
+#include "util/entity_ids.hpp"
+#include "util/reserve_one.hpp"
+
+namespace dds::rtps {
+
+using Admission = ReaderCore::Admission;
+
+Inbound::Writer::~Writer() {
+  if (pool != nullptr) { pool->close(); }
+}
+
+Inbound::Writer* Inbound::find(const DDS_GUID_t& writer) {
+  const auto found = writers_.find(writer);
+  return found == writers_.end() ? nullptr : found->second.get();
+}
+
+void Inbound::add_writer(const DDS_GUID_t& writer, DDS_InstanceHandle_t handle, PublicationData data, bool reliable) {
+  auto made = std::make_unique<Writer>();
+  made->handle = handle;
+  made->data = std::move(data);
+  made->reliable = reliable;
+  const MutexLock lock(mutex_);
+  writers_.emplace(writer, std::move(made));
+}
+
+void Inbound::drop(Writer& writer, Notifications& notifications) {
+  for (Parked& parked : writer.parked) { RouteTable::cancel(parked.targets); }
+  writer.parked.clear();
+  writer.routes.remove_all(notifications);
+}
+
+void Inbound::remove_writer(const DDS_GUID_t& writer, Notifications& notifications) {
+  const MutexLock lock(mutex_);
+  const auto found = writers_.find(writer);
+  if (found == writers_.end()) { return; }
+  drop(*found->second, notifications);
+  writers_.erase(found);
+}
+
+void Inbound::clear(Notifications& notifications) {
+  const MutexLock lock(mutex_);
+  for (const auto& known : writers_) { drop(*known.second, notifications); }
+  writers_.clear();
+}
+
+void Inbound::connect(const DDS_GUID_t& guid, RtpsReader& reader, Notifications& notifications) {
+  const MutexLock lock(mutex_);
+  Writer* writer = find(guid);
+  if (writer == nullptr) { return; }
+  if (writer->pool == nullptr) {
+    writer->pool = new MessagePool(reader.sink().type());
+    writer->type_copy = reader.sink().type();
+    writer->type = &writer->type_copy;
+  }
+  writer->routes.add(reader.sink(), reader.filter(), writer->handle, writer->data, writer->reliable, notifications);
+}
+
+void Inbound::disconnect(RtpsReader& reader, Notifications& notifications) {
+  const MutexLock lock(mutex_);
+  for (const auto& known : writers_) {
+    Writer& writer = *known.second;
+    for (Parked& parked : writer.parked) {
+      const auto held = std::find_if(parked.targets.begin(), parked.targets.end(),
+                                     [&](const RouteTable::Target& target) { return target.reader == &reader.sink(); });
+      if (held == parked.targets.end()) { continue; }
+      held->reader->cancel(held->reservation);
+      parked.targets.erase(held);
+    }
+    writer.routes.remove(reader.sink(), reader.filter(), notifications);
+  }
+}
+
+RefPtr<Message> Inbound::make_message(Writer& writer, const Prefix& prefix, Octets payload) {
+  RefPtr<Message> message = writer.pool->acquire();
+  if (message.get() == nullptr) { throw std::bad_alloc(); }
+  if (!writer.type->deserialize(message->sample(), payload.data, payload.size)) { return RefPtr<Message>(); }
+  if (writer.type->key != nullptr) { read_key(*writer.type, message->sample(), message->key); }
+  message->kind = static_cast<MessageKind>(prefix.message_kind);
+  message->identity = prefix.identity;
+  message->related_identity = prefix.related_identity;
+  message->source_time = prefix.source_time;
+  message->arrival_time = current_time();
+  message->publication_handle = writer.handle;
+  return message;
+}
+
+Inbound::Outcome Inbound::deliver(const Prefix& prefix, Octets payload, Notifications& notifications) {
+  const MutexLock lock(mutex_);
+  Writer* writer = find(prefix.identity.writer_guid);
+  if (writer == nullptr) { return Outcome::unknown_writer; }
+  if (writer->routes.empty()) { return Outcome::taken; }
+  RefPtr<Message> message = make_message(*writer, prefix, payload);
+  if (message.get() == nullptr) { return Outcome::malformed; }
+  RouteTable::Blocked blocked;
+  switch (writer->routes.deliver(message, blocked, notifications)) {
+    case Admission::no_memory:
+      throw std::bad_alloc();
+    case Admission::full: {
+      // The sender has not asked for room first, as it must.
+      Deadline none({0, 0});
+      blocked.reader->wait_for_space(blocked.ticket, none);
+      return Outcome::malformed;
+    }
+    default:
+      return Outcome::taken;
+  }
+}
+
+Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
+  const MutexLock lock(mutex_);
+  Writer* writer = find(prefix.identity.writer_guid);
+  if (writer == nullptr) { return Outcome::unknown_writer; }
+  Parked parked;
+  parked.token = prefix.token;
+  if (!writer->routes.empty()) {
+    parked.message = make_message(*writer, prefix, payload);
+    if (parked.message.get() == nullptr) { return Outcome::malformed; }
+  }
+  writer->parked.push_back(std::move(parked));
+  return Outcome::taken;
+}
+
+Inbound::Outcome Inbound::commit(const Prefix& prefix, Notifications& notifications) {
+  const MutexLock lock(mutex_);
+  Writer* writer = find(prefix.identity.writer_guid);
+  if (writer == nullptr) { return Outcome::unknown_writer; }
+  const auto parked = std::find_if(writer->parked.begin(), writer->parked.end(),
+                                   [&](const Parked& known) { return known.token == prefix.token; });
+  if (parked == writer->parked.end() || !parked->placed) { return Outcome::malformed; }
+  // Nobody has looked at the message yet.
+  if (parked->message.get() != nullptr) { parked->message->identity = prefix.identity; }
+  RouteTable::commit(parked->targets, notifications);
+  writer->parked.erase(parked);
+  return Outcome::taken;
+}
+
+Inbound::Outcome Inbound::cancel(const Prefix& prefix) {
+  const MutexLock lock(mutex_);
+  Writer* writer = find(prefix.identity.writer_guid);
+  if (writer == nullptr) { return Outcome::unknown_writer; }
+  const auto parked = std::find_if(writer->parked.begin(), writer->parked.end(),
+                                   [&](const Parked& known) { return known.token == prefix.token; });
+  if (parked == writer->parked.end()) { return Outcome::malformed; }
+  RouteTable::cancel(parked->targets);
+  writer->parked.erase(parked);
+  return Outcome::taken;
+}
+
+void Inbound::try_reservations(std::vector<Answer>& answers) {
+  const MutexLock lock(mutex_);
+  for (const auto& [guid, writer] : writers_) {
+    for (Parked& parked : writer->parked) {
+      if (parked.placed) { continue; }
+      reserve_one(answers, answers.size());
+      RouteTable::Blocked blocked;
+      const Admission admission = parked.message.get() == nullptr
+                                      ? Admission::accepted
+                                      : writer->routes.reserve(*parked.message, parked.targets, blocked);
+      parked.placed = admission == Admission::accepted;
+      if (parked.placed || !parked.told) { answers.push_back({guid, parked.token, parked.placed}); }
+      parked.told = true;
+      if (admission == Admission::full) {
+        Deadline none({0, 0});
+        blocked.reader->wait_for_space(blocked.ticket, none);
+      }
+    }
+  }
+}
+
+}  // namespace dds::rtps

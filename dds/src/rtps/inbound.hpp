@@ -1,0 +1,78 @@
+#pragma once
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "rtps/frame.hpp"
+#include "transport/route_table.hpp"
+#include "util/mutex.hpp"
+
+namespace dds::rtps {
+
+class RtpsReader;
+
+/// The writers of one other participant, and the way of their samples into the readers of this one. Samples come from
+/// the engine's receiving thread, readers come and go on any; the inbound's lock keeps them apart.
+class Inbound {
+ public:
+  enum class Outcome { taken, malformed, unknown_writer };
+
+  /// Throws `std::bad_alloc`.
+  void add_writer(const DDS_GUID_t& writer, DDS_InstanceHandle_t handle, PublicationData data, bool reliable)
+      DDS_EXCLUDES(mutex_);
+  /// Ends its matches; what it had reserved is given back.
+  void remove_writer(const DDS_GUID_t& writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  void clear(Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// The reader gets the writer's samples from now on. Throws `std::bad_alloc`, having changed nothing.
+  void connect(const DDS_GUID_t& writer, RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// Afterwards nothing comes to the reader from this participant.
+  void disconnect(RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
+
+  // What comes in. Throw `std::bad_alloc`, the sample then being lost.
+
+  Outcome deliver(const Prefix& prefix, Octets payload, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// Keeps a sample until `try_reservations` has found a place for it, and `commit` or `cancel` comes.
+  Outcome park(const Prefix& prefix, Octets payload) DDS_EXCLUDES(mutex_);
+  Outcome commit(const Prefix& prefix, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  Outcome cancel(const Prefix& prefix) DDS_EXCLUDES(mutex_);
+
+  struct Answer {
+    DDS_GUID_t writer;
+    std::uint64_t token;
+    bool placed;
+  };
+  /// Looks for places for the samples that wait for one. Adds to `answers` those that have found theirs, and those
+  /// whose senders do not know yet that they have to wait. Throws `std::bad_alloc`.
+  void try_reservations(std::vector<Answer>& answers) DDS_EXCLUDES(mutex_);
+
+ private:
+  struct Parked {
+    std::uint64_t token = 0;
+    RefPtr<Message> message;
+    RouteTable::Targets targets;
+    bool placed = false;
+    bool told = false;  // the sender knows that it waits
+  };
+  struct Writer {
+    ~Writer();
+    DDS_InstanceHandle_t handle = DDS_HANDLE_NIL;
+    PublicationData data;
+    bool reliable = false;
+    RouteTable routes;
+    MessagePool* pool = nullptr;           // from the first match on
+    const DDS_TypePlugin* type = nullptr;  // the same time; of a reader that is or was matched
+    DDS_TypePlugin type_copy{};
+    std::vector<Parked> parked;  // in order of arrival
+  };
+
+  Writer* find(const DDS_GUID_t& writer) DDS_REQUIRES(mutex_);
+  /// A message of what has come; null when it does not decode.
+  static RefPtr<Message> make_message(Writer& writer, const Prefix& prefix, Octets payload);
+  static void drop(Writer& writer, Notifications& notifications);
+
+  Mutex mutex_;
+  std::unordered_map<DDS_GUID_t, std::unique_ptr<Writer>, GuidHash, GuidEqual> writers_ DDS_GUARDED_BY(mutex_);
+};
+
+}  // namespace dds::rtps

@@ -1,0 +1,345 @@
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "rtps/endpoints.hpp"
+#include "rtps/hub.hpp"
+#include "util/entity_ids.hpp"
+#include "util/reserve_one.hpp"
+
+namespace dds::rtps {
+
+namespace {
+
+constexpr DDS_Duration_t kTimeToAnswer{0, 20000000};
+
+bool is_guid(const DDS_GUID_t& guid) {
+  return !DDS_GUID_equals(&guid, &DDS_GUID_UNKNOWN) && !DDS_GUID_equals(&guid, &DDS_GUID_AUTO);
+}
+
+/// Leaves scratch empty, whatever happens: what is in it takes room in windows.
+template <class Scratch>
+struct Clearing {
+  ~Clearing() { scratch.clear(); }
+  Scratch& scratch;
+};
+
+}  // namespace
+
+/// What a write has come to, from one try to the next.
+struct RtpsWriter::Attempt {
+  /// A copy for one participant, while places are waited for.
+  struct Held {
+    std::shared_ptr<Peer> peer;
+    Packet packet;   // of the sample; empty when it has been sent to find its place
+    Packet verdict;  // whether it is to be delivered there; empty when it needs no place
+  };
+
+  const WrittenSample& sample;
+  DDS_SampleIdentity_t& assigned;
+  Deadline& deadline;
+  Packet packet;                 // of the sample, once somebody wants it
+  std::shared_ptr<Window> full;  // to be waited for, with the ticket
+  std::uint32_t ticket = 0;
+  std::vector<Held> held;
+  Reservation reservation;
+};
+
+RtpsWriter::RtpsWriter(Hub& hub, const TopicKey& key, WriterCore& sink) : hub_(hub), sink_(sink) {
+  endpoint_.topic_name = key.topic_name;
+  endpoint_.type_name = key.type_name;
+  endpoint_.reliable = sink.reliable();
+  endpoint_.publication = sink.data();
+}
+
+RtpsWriter::~RtpsWriter() { hub_.remove(*this); }
+
+void RtpsWriter::announce() { hub_.add(*this); }
+
+void RtpsWriter::change(Routes& routes, const RemoteEndpoint& reader, int difference) {
+  auto route =
+      std::find_if(routes.begin(), routes.end(), [&](const Route& known) { return known.peer == reader.peer; });
+  if (route == routes.end()) { route = routes.insert(routes.end(), Route{reader.peer}); }
+  const auto by = static_cast<unsigned>(difference);
+  route->readers += by;
+  if (reader.endpoint.reliable) {
+    route->reliable += by;
+    if (reader.endpoint.bounded) { route->bounded += by; }
+  }
+  if (route->readers == 0) { routes.erase(route); }
+}
+
+void RtpsWriter::connect(const RemoteEndpoint& reader, Notifications& notifications) {
+  const DDS_GUID_t& related = reader.endpoint.subscription->related_writer_guid;
+  {
+    const MutexLock lock(mutex_);
+    reserve_one(shipments_, connected_.size());
+    connected_.insert(reader.guid);
+    change(is_guid(related) ? by_related_writer_[related] : others_, reader, 1);
+    reader_count_.store(connected_.size(), std::memory_order_relaxed);
+  }
+  sink_.add_reader(reader.handle, reader.endpoint.subscription, notifications);
+}
+
+void RtpsWriter::disconnect(const RemoteEndpoint& reader, Notifications& notifications) {
+  const DDS_GUID_t& related = reader.endpoint.subscription->related_writer_guid;
+  {
+    const MutexLock lock(mutex_);
+    if (connected_.erase(reader.guid) == 0) { return; }
+    if (is_guid(related)) {
+      const auto routes = by_related_writer_.find(related);
+      change(routes->second, reader, -1);
+      if (routes->second.empty()) { by_related_writer_.erase(routes); }
+    } else {
+      change(others_, reader, -1);
+    }
+    reader_count_.store(connected_.size(), std::memory_order_relaxed);
+  }
+  sink_.remove_reader(reader.handle, notifications);
+}
+
+bool RtpsWriter::Reservation::any(State state) const {
+  return std::any_of(places.begin(), places.end(), [=](const Place& place) { return place.state == state; });
+}
+
+void RtpsWriter::set_places(Reservation& reservation, const Peer& peer, Reservation::State state) {
+  for (Reservation::Place& place : reservation.places) {
+    if (place.peer == &peer) { place.state = state; }
+  }
+  reservation.changed.notify();
+}
+
+void RtpsWriter::on_answer(std::uint64_t token, const Peer& peer, bool placed) {
+  const MutexLock lock(mutex_);
+  for (Reservation* reservation : reservations_) {
+    if (reservation->token != token) { continue; }
+    set_places(*reservation, peer, placed ? Reservation::State::placed : Reservation::State::waiting);
+  }
+}
+
+void RtpsWriter::on_peer_lost(const Peer& peer) {
+  const MutexLock lock(mutex_);
+  for (Reservation* reservation : reservations_) { set_places(*reservation, peer, Reservation::State::lost); }
+}
+
+DDS_SampleIdentity_t RtpsWriter::next_identity() { return {guid(), to_sequence_number(++last_number_)}; }
+
+DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) {
+  const DDS_ReturnCode_t refused = sink_.check_sample(sample);
+  if (refused != DDS_RETCODE_OK) { return refused; }
+  const DDS_GUID_t& related = sample.params.related_sample_identity.writer_guid;
+  if (is_guid(related)) {
+    const DDS_ReturnCode_t awaited = await_requester(related, deadline);
+    if (awaited != DDS_RETCODE_OK) { return awaited; }
+  }
+  Attempt attempt{sample, assigned, deadline, {}, {}, 0, {}, {}};
+  for (;;) {
+    if (!attempt.packet && reader_count_.load(std::memory_order_relaxed) != 0) {
+      const DDS_ReturnCode_t serialized = serialize(sample, attempt.packet);
+      if (serialized != DDS_RETCODE_OK) { return serialized; }
+    }
+    try {
+      Step step = try_write(attempt);
+      if (step == Step::reserve) { step = await_places(attempt); }
+      if (step == Step::done) { return DDS_RETCODE_OK; }
+      if (step == Step::timed_out) { return DDS_RETCODE_TIMEOUT; }
+    } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
+    if (attempt.full == nullptr) { continue; }  // readers came while there was nothing to send to them
+    attempt.full->wait(attempt.ticket, deadline);
+    attempt.full.reset();
+    if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
+  }
+}
+
+// A requester's reply reader is announced before its requests are sent, but what is known of it waits for the way to
+// its participant to open.
+DDS_ReturnCode_t RtpsWriter::await_requester(const DDS_GUID_t& requester, Deadline& deadline) {
+  for (;;) {
+    const std::uint32_t ticket = hub_.openings().ticket();
+    {
+      const MutexLock lock(mutex_);
+      if (by_related_writer_.find(requester) != by_related_writer_.end()) { return DDS_RETCODE_OK; }
+    }
+    switch (hub_.find_writer(requester)) {
+      case Hub::Whereabouts::reachable:
+        return DDS_RETCODE_OK;
+      case Hub::Whereabouts::unknown:
+        hub_.count_vanished_reply();
+        return DDS_RETCODE_OK;
+      case Hub::Whereabouts::not_reachable_yet:
+        break;
+    }
+    if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
+    hub_.openings().wait(ticket, deadline);
+  }
+}
+
+DDS_ReturnCode_t RtpsWriter::serialize(const WrittenSample& sample, Packet& packet) const {
+  const DDS_TypePlugin& type = sink_.type();
+  RefPtr<Message> key;
+  const void* data = sample.data;
+  if (sample.kind != MessageKind::data) {
+    const DDS_ReturnCode_t made = sink_.make_message(sample, key);
+    if (made != DDS_RETCODE_OK) { return made; }
+    data = key->sample();
+  }
+  const std::size_t size = type.serialized_size(data);
+  if (size > UINT32_MAX - kPrefixSize) { return DDS_RETCODE_OUT_OF_RESOURCES; }
+  Packet made = hub_.make_packet(kPrefixSize + size);
+  if (!made) { return DDS_RETCODE_OUT_OF_RESOURCES; }
+  if (!type.serialize(data, made.octets() + kPrefixSize, size)) { return DDS_RETCODE_BAD_PARAMETER; }
+  Prefix prefix;
+  prefix.kind = FrameKind::sample;
+  prefix.message_kind = static_cast<std::uint8_t>(sample.kind);
+  prefix.identity.writer_guid = guid();
+  prefix.related_identity = sample.params.related_sample_identity;
+  prefix.source_time =
+      sample.params.source_timestamp == DDS_TIME_INVALID ? current_time() : sample.params.source_timestamp;
+  prefix.payload_size = static_cast<std::uint32_t>(size);
+  encode(prefix, made.octets());
+  packet = std::move(made);
+  return DDS_RETCODE_OK;
+}
+
+void RtpsWriter::add_shipments(const Routes& routes) {
+  for (const Route& route : routes) {
+    auto shipment = std::find_if(shipments_.begin(), shipments_.end(),
+                                 [&](const Shipment& known) { return known.peer == route.peer.get(); });
+    if (shipment == shipments_.end()) {
+      shipment = shipments_.insert(shipments_.end(), Shipment{route.peer.get(), false, false, {}});
+    }
+    shipment->reliable = shipment->reliable || route.reliable != 0;
+    shipment->bounded = shipment->bounded || route.bounded != 0;
+  }
+}
+
+// The end of an instance concerns whoever holds it, whatever it was in answer to.
+void RtpsWriter::find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) {
+  add_shipments(others_);
+  if (kind != MessageKind::data) {
+    for (const auto& [writer, routes] : by_related_writer_) { add_shipments(routes); }
+    return;
+  }
+  const auto found = by_related_writer_.find(related_writer);
+  if (found != by_related_writer_.end()) { add_shipments(found->second); }
+}
+
+// Gives each participant its copy and room for it in its window, or none: false, and what has to be waited for. Nobody
+// waits for a participant that has only best-effort readers: it goes without.
+bool RtpsWriter::fill_shipments(Attempt& attempt) {
+  const std::size_t size = attempt.packet.size();
+  for (Shipment& shipment : shipments_) {
+    const std::shared_ptr<Window>& window = shipment.peer->window();
+    const std::uint32_t ticket = window->ticket();
+    if (!window->acquire(size)) {
+      if (!sink_.reliable() || !shipment.reliable) { continue; }
+      attempt.full = window;
+      attempt.ticket = ticket;
+      return false;
+    }
+    const bool last = &shipment == &shipments_.back();
+    shipment.packet = last ? std::move(attempt.packet) : hub_.make_packet(size);
+    if (!shipment.packet) {
+      window->on_released(size);
+      throw std::bad_alloc();
+    }
+    shipment.packet.notify_release(window);
+    if (!last) { std::memcpy(shipment.packet.octets(), attempt.packet.octets(), size); }
+  }
+  return true;
+}
+
+RtpsWriter::Step RtpsWriter::try_write(Attempt& attempt) {
+  const MutexLock lock(mutex_);
+  const Clearing<std::vector<Shipment>> clearing{shipments_};
+  find_shipments(attempt.sample.kind, attempt.sample.params.related_sample_identity.writer_guid);
+  if (shipments_.empty()) {
+    attempt.assigned = next_identity();
+    return Step::done;
+  }
+  if (!attempt.packet || !fill_shipments(attempt)) { return Step::again; }
+  const bool bounded = sink_.reliable() && std::any_of(shipments_.begin(), shipments_.end(),
+                                                       [](const Shipment& shipment) { return shipment.bounded; });
+  if (bounded) {
+    ask_for_places(attempt);
+    return Step::reserve;
+  }
+  // Before a reader has the sample: the answer may come at once.
+  attempt.assigned = next_identity();
+  for (Shipment& shipment : shipments_) {
+    if (!shipment.packet) { continue; }
+    encode_number(attempt.assigned.sequence_number, shipment.packet.octets());
+    shipment.peer->send(std::move(shipment.packet));
+  }
+  return Step::done;
+}
+
+// Participants whose readers may be full get the sample at once, to find it a place. The others get it when it is
+// certain to be delivered everywhere.
+void RtpsWriter::ask_for_places(Attempt& attempt) {
+  Reservation& reservation = attempt.reservation;
+  reservation.token = ++last_token_;
+  reservation.places.reserve(shipments_.size());
+  attempt.held.reserve(shipments_.size());
+  reserve_one(reservations_, reservations_.size());
+  Prefix prefix;
+  prefix.kind = FrameKind::cancel;
+  prefix.identity.writer_guid = guid();
+  prefix.token = reservation.token;
+  for (Shipment& shipment : shipments_) {
+    if (!shipment.packet) { continue; }
+    Packet verdict = shipment.bounded ? hub_.make_frame(prefix) : Packet();
+    attempt.held.push_back({shipment.peer->shared_from_this(), std::move(shipment.packet), std::move(verdict)});
+  }
+  // From here on nothing fails. A filter that looks at the sample's own number sees the one that it would get now.
+  reservations_.push_back(&reservation);
+  for (Attempt::Held& held : attempt.held) {
+    if (!held.verdict) { continue; }
+    reservation.places.push_back({held.peer.get(), Reservation::State::unanswered});
+    encode_number(to_sequence_number(last_number_ + 1), held.packet.octets());
+    encode_kind(FrameKind::reservation, reservation.token, held.packet.octets());
+    held.peer->send(std::move(held.packet));
+  }
+}
+
+// The way there and back is no waiting for room: a participant that is there has the time to answer, whatever the
+// caller allows.
+RtpsWriter::Step RtpsWriter::await_places(Attempt& attempt) {
+  Reservation& reservation = attempt.reservation;
+  Deadline answered(kTimeToAnswer);
+  answered.end();
+  for (;;) {
+    const std::uint32_t ticket = reservation.changed.ticket();
+    bool unanswered = false;
+    {
+      const MutexLock lock(mutex_);
+      unanswered = reservation.any(Reservation::State::unanswered);
+      if (!unanswered && !reservation.any(Reservation::State::waiting)) { break; }
+    }
+    const bool late = attempt.deadline.passed();
+    if (late && (!unanswered || answered.passed())) { break; }
+    reservation.changed.wait(ticket, late ? answered : attempt.deadline);
+  }
+  return settle(attempt);
+}
+
+RtpsWriter::Step RtpsWriter::settle(Attempt& attempt) {
+  Reservation& reservation = attempt.reservation;
+  const MutexLock lock(mutex_);
+  reservations_.erase(std::find(reservations_.begin(), reservations_.end(), &reservation));
+  const bool placed = !reservation.any(Reservation::State::unanswered) && !reservation.any(Reservation::State::waiting);
+  if (placed) { attempt.assigned = next_identity(); }
+  for (Attempt::Held& held : attempt.held) {
+    Packet& sent = held.verdict ? held.verdict : held.packet;
+    if (!placed && !held.verdict) { continue; }
+    const auto place = std::find_if(reservation.places.begin(), reservation.places.end(),
+                                    [&](const Reservation::Place& known) { return known.peer == held.peer.get(); });
+    if (place != reservation.places.end() && place->state == Reservation::State::lost) { continue; }
+    if (placed) { encode_number(attempt.assigned.sequence_number, sent.octets()); }
+    if (placed && held.verdict) { encode_kind(FrameKind::commit, reservation.token, sent.octets()); }
+    held.peer->send(std::move(sent));
+  }
+  return placed ? Step::done : Step::timed_out;
+}
+
+}  // namespace dds::rtps
