@@ -5,7 +5,7 @@
 
 namespace {
 
-std::size_t total = 0;  // the programs have one thread
+thread_local std::size_t total = 0;
 
 void* allocate(std::size_t size) noexcept {
   total += size;

@@ -4,7 +4,7 @@
 
 namespace fuzz {
 
-/// Octets that the program has allocated in all, by `operator new` or by `aligned_alloc`.
+/// Octets that the calling thread has allocated in all, by `operator new` or by `aligned_alloc`.
 std::size_t allocated();
 
 }  // namespace fuzz

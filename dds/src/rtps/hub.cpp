@@ -53,7 +53,10 @@ std::unique_ptr<Hub> Hub::open(const EngineConfig& config, std::string& error) {
   hub->loopback_ = loopback.get();
   hub->self_ = std::make_shared<Peer>(hub->address_, std::move(loopback));
   hub->self_->open = true;
-  hub->peers_.emplace(hub->address_, hub->self_);
+  {
+    const MutexLock lock(hub->mutex_);
+    hub->peers_.emplace(hub->address_, hub->self_);
+  }
   hub->engine_ = Engine::open(config, to_text(hub->address_), *hub, error);
   if (hub->engine_ == nullptr) { return nullptr; }
   hub->control_thread_ = std::thread([raw = hub.get()] { raw->control(); });

@@ -67,11 +67,6 @@ class Hub final : public EngineEvents, public SpaceListener {
     std::vector<RemoteEndpoint*> remote_writers;
     std::vector<RemoteEndpoint*> remote_readers;
   };
-  /// What somebody has said to all.
-  struct Known {
-    Presence presence;
-    std::uint64_t writer = 0;  // the engine's handle of who said it
-  };
   /// News for the control thread.
   struct News {
     enum class Kind { presence, lost, hello } kind;
@@ -127,7 +122,8 @@ class Hub final : public EngineEvents, public SpaceListener {
   void receive_loopback();
   void publish_presence() DDS_EXCLUDES(mutex_);
   void read_news() DDS_EXCLUDES(mutex_, inbox_mutex_);
-  void meet(const DDS_GUID_t& address) DDS_EXCLUDES(mutex_);
+  /// `writer` is the engine's handle of the channel through which it has said hello; 0 when it has not.
+  void meet(const DDS_GUID_t& address, std::uint64_t writer) DDS_EXCLUDES(mutex_);
   void meet_interesting() DDS_EXCLUDES(mutex_);
   bool interests(const Presence& presence) DDS_REQUIRES(mutex_);
   void lose(std::uint64_t writer) DDS_EXCLUDES(mutex_, bindings_mutex_);
@@ -148,7 +144,8 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::map<std::string, Topic> topics_ DDS_GUARDED_BY(mutex_);
   std::unordered_map<DDS_GUID_t, RtpsWriter*, GuidHash, GuidEqual> own_writers_ DDS_GUARDED_BY(mutex_);
   Peers peers_ DDS_GUARDED_BY(mutex_);
-  std::unordered_map<DDS_GUID_t, Known, GuidHash, GuidEqual> known_ DDS_GUARDED_BY(mutex_);  // by address
+  // What others say to all, by the engine's handle of who says it.
+  std::unordered_map<std::uint64_t, Presence> presences_ DDS_GUARDED_BY(mutex_);
 
   Mutex bindings_mutex_;
   // By the engine's handle of its channel to us: who has said hello through it.

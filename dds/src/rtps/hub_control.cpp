@@ -128,14 +128,14 @@ void Hub::read_news() {
     switch (news.kind) {
       case News::Kind::presence: {
         const MutexLock lock(mutex_);
-        known_[news.presence.address] = {news.presence, news.writer};
+        presences_[news.writer] = news.presence;
         break;
       }
       case News::Kind::lost:
         lose(news.writer);
         break;
       case News::Kind::hello:
-        meet(news.presence.address);
+        meet(news.presence.address, news.writer);
         break;
     }
   }
@@ -161,26 +161,27 @@ void Hub::meet_interesting() {
   std::vector<DDS_GUID_t> addresses;
   {
     const MutexLock lock(mutex_);
-    for (const auto& [address, known] : known_) {
-      if (peers_.count(address) == 0 && interests(known.presence)) { addresses.push_back(address); }
+    for (const auto& [writer, presence] : presences_) {
+      if (peers_.count(presence.address) == 0 && interests(presence)) { addresses.push_back(presence.address); }
     }
   }
-  for (const DDS_GUID_t& address : addresses) { meet(address); }
+  for (const DDS_GUID_t& address : addresses) { meet(address, 0); }
 }
 
-void Hub::meet(const DDS_GUID_t& address) {
+void Hub::meet(const DDS_GUID_t& address, std::uint64_t writer) {
   {
     const MutexLock lock(mutex_);
     if (peers_.count(address) != 0) { return; }
   }
   // Not under the lock, which the engine's threads want.
-  std::unique_ptr<EngineWriter> writer = engine_->connect(to_text(address));
-  if (writer == nullptr) {
+  std::unique_ptr<EngineWriter> channel = engine_->connect(to_text(address));
+  if (channel == nullptr) {
     DDS_LOG_FAILURE("discovery", QVX_LOG_CREATION_FAILURE_s, "a channel to another participant");
     return;
   }
-  auto peer = std::make_shared<Peer>(address, std::make_unique<EngineChannel>(std::move(writer)));
+  auto peer = std::make_shared<Peer>(address, std::make_unique<EngineChannel>(std::move(channel)));
   peer->session = draw_session();
+  peer->inbound_writer = writer;
   const MutexLock lock(mutex_);
   peers_.emplace(address, std::move(peer));
 }
@@ -189,12 +190,11 @@ void Hub::lose(std::uint64_t writer) {
   std::shared_ptr<Peer> lost;  // its channel closes after the lock is released
   Told told(*this);
   const MutexLock lock(mutex_);
-  for (auto known = known_.begin(); known != known_.end(); ++known) {
-    if (known->second.writer != writer) { continue; }
-    const auto peer = peers_.find(known->first);
-    if (peer != peers_.end()) { lost = peer->second; }
-    known_.erase(known);
-    break;
+  const auto presence = presences_.find(writer);
+  if (presence != presences_.end()) {
+    const auto peer = peers_.find(presence->second.address);
+    if (peer != peers_.end() && peer->second != self_) { lost = peer->second; }
+    presences_.erase(presence);
   }
   for (const auto& [address, peer] : peers_) {
     if (peer->inbound_writer == writer) { lost = peer; }

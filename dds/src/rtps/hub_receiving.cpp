@@ -103,6 +103,10 @@ bool Hub::receive_hello(std::uint64_t writer, const Prefix& prefix, Octets paylo
     Told told(*this);
     const MutexLock lock(mutex_);
     const auto found = peers_.find(address);
+    // One who speaks is one participant.
+    for (const auto& [known, other] : peers_) {
+      if (other->inbound_writer == writer && !DDS_GUID_equals(&known, &address)) { return false; }
+    }
     if (found == peers_.end()) {
       // It will say so again.
       add_news({News::Kind::hello, writer, {address, {}}});
