@@ -1,15 +1,13 @@
 #include "rtps/channels.hpp"
 
-#include "log/log.hpp"
+#include <utility>
 
 namespace dds::rtps {
 
 // The engine refuses only once its writer is beyond repair; then the participant at the other end is as good as lost,
 // and will be.
 void EngineChannel::send(Packet packet) {
-  if (!writer_->write(std::move(packet))) {
-    DDS_LOG_FAILURE("send", QVX_LOG_ANY_FAILURE_s, "the engine does not take a message");
-  }
+  if (!writer_->write(std::move(packet))) { listeners_.log("send", "the engine does not take a message"); }
 }
 
 void LoopbackChannel::send(Packet packet) {

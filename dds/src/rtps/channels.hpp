@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "rtps/engine.hpp"
+#include "rtps/listener_thread.hpp"
 #include "rtps/peer.hpp"
 #include "util/futex.hpp"
 #include "util/mutex.hpp"
@@ -12,11 +13,14 @@ namespace dds::rtps {
 /// A channel through the engine.
 class EngineChannel final : public Channel {
  public:
-  explicit EngineChannel(std::unique_ptr<EngineWriter> writer) : writer_(std::move(writer)) {}
+  /// `listeners` logs what goes wrong.
+  EngineChannel(std::unique_ptr<EngineWriter> writer, ListenerThread& listeners)
+      : writer_(std::move(writer)), listeners_(listeners) {}
   void send(Packet packet) override;
 
  private:
   const std::unique_ptr<EngineWriter> writer_;
+  ListenerThread& listeners_;
 };
 
 /// The channel of a participant to itself.

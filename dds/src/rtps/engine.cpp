@@ -277,7 +277,9 @@ void take_all(dds_entity_t reader, void* events) {
 void (*log_line)(const char*) = nullptr;
 
 void pass_log_line(void* /*argument*/, const dds_log_data_t* data) {
-  if (log_line != nullptr) { log_line(data->message); }
+  if (log_line == nullptr) { return; }
+  const std::string message = data->message;
+  log_line(message.substr(0, message.find_last_not_of('\n') + 1).c_str());
 }
 
 }  // namespace

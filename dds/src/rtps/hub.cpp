@@ -6,18 +6,10 @@
 #include <cstring>
 #include <utility>
 
-#include "log/log.hpp"
 #include "util/entity_ids.hpp"
 #include "util/reserve_one.hpp"
 
 namespace dds::rtps {
-
-Hub::Told::~Told() {
-  for (const Line& line : mismatches) {
-    DDS_LOG_FAILURE("match", QVX_LOG_ANY_FAILURE_s, "writer and reader of topic \"%s\" do not match: %s",
-                    line.topic_name.c_str(), line.reason);
-  }
-}
 
 namespace {
 
@@ -141,9 +133,7 @@ void Hub::withdraw(const DDS_GUID_t& guid) {
     if (!known.second->open) { continue; }
     try {
       known.second->send(make_frame(prefix));
-    } catch (const std::bad_alloc&) {
-      DDS_LOG_FAILURE("withdraw", QVX_LOG_ANY_FAILURE_s, "out of memory: a participant is not told");
-    }
+    } catch (const std::bad_alloc&) { log("withdraw", "out of memory: a participant is not told"); }
   }
 }
 
@@ -160,13 +150,14 @@ void Hub::remove(RtpsWriter& writer) {
   Told told(*this);
   {
     const MutexLock lock(mutex_);
-    if (own_writers_.erase(writer.guid()) == 0) { return; }
-    const std::string& name = writer.endpoint().topic_name;
-    Topic& topic = topics_[name];
+    own_writers_.erase(writer.guid());
+    const auto found = topics_.find(writer.endpoint().topic_name);
+    if (found == topics_.end()) { return; }
+    Topic& topic = found->second;
     erase(topic.writers, static_cast<const RtpsWriter*>(&writer));
     withdraw(writer.guid());
     for (const RemoteEndpoint* reader : topic.remote_readers) { writer.disconnect(*reader, told.notifications); }
-    drop_topic_if_empty(name);
+    drop_topic_if_empty(writer.endpoint().topic_name);
   }
   ask_control(kPresence);
 }
@@ -192,7 +183,7 @@ void Hub::match(RtpsWriter& writer, const RemoteEndpoint& reader, Told& told) {
     writer.connect(reader, told.notifications);
     return;
   }
-  told.mismatches.push_back({writer.endpoint().topic_name, mismatch.reason});
+  told.mismatch(writer.endpoint().topic_name, mismatch.reason);
   writer.sink().count_incompatible(mismatch.policy, told.notifications);
 }
 
@@ -202,7 +193,7 @@ void Hub::match(RtpsReader& reader, const RemoteEndpoint& writer, Told& told) {
     writer.peer->inbound().connect(writer.guid, reader, told.notifications);
     return;
   }
-  told.mismatches.push_back({reader.endpoint().topic_name, mismatch.reason});
+  told.mismatch(reader.endpoint().topic_name, mismatch.reason);
   reader.sink().count_incompatible(mismatch.policy, told.notifications);
 }
 
@@ -266,6 +257,12 @@ Hub::Whereabouts Hub::find_writer(const DDS_GUID_t& writer) {
     return known.second->open ? Whereabouts::reachable : Whereabouts::not_reachable_yet;
   }
   return Whereabouts::unknown;
+}
+
+void Hub::log(const char* context, const char* text) noexcept {
+  try {
+    listeners_.log(context, text);
+  } catch (const std::bad_alloc&) {}  // then there is no line
 }
 
 DDS_TransportStatistics Hub::statistics() const {

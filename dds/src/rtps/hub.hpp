@@ -107,6 +107,7 @@ class Hub final : public EngineEvents, public SpaceListener {
       DDS_EXCLUDES(mutex_, bindings_mutex_, inbox_mutex_);
   std::shared_ptr<Peer> sender(std::uint64_t writer) DDS_EXCLUDES(bindings_mutex_);
   void count_malformed(const char* what);
+  void log(const char* context, const char* text) noexcept;
 
   // The control thread: hub_control.cpp
 
@@ -165,15 +166,14 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::thread control_thread_;
 };
 
-/// What a change of matches has to tell, once the hub's lock is released. Declared before the lock is taken.
+/// What a change of matches has to tell. Declared before the hub's lock is taken, so that it is told afterwards.
 struct Hub::Told {
-  explicit Told(Hub& hub) : notifications(hub.listeners_) {}
-  ~Told();
-  struct Line {
-    std::string topic_name;
-    const char* reason;  // a static text
-  };
-  std::vector<Line> mismatches;
+  explicit Told(Hub& hub) : listeners(hub.listeners_), notifications(hub.listeners_) {}
+  /// Logs why two ends of a topic do not match.
+  void mismatch(const std::string& topic_name, const char* reason) {
+    listeners.log("match", "writer and reader of topic \"" + topic_name + "\" do not match: " + reason);
+  }
+  ListenerThread& listeners;
   Notifications notifications;
 };
 

@@ -5,7 +5,6 @@
 #include <new>
 #include <random>
 
-#include "log/log.hpp"
 #include "rtps/hub.hpp"
 
 namespace dds::rtps {
@@ -36,9 +35,7 @@ void Hub::add_news(News news) noexcept {
   try {
     const MutexLock lock(inbox_mutex_);
     inbox_.push_back(std::move(news));
-  } catch (const std::bad_alloc&) {
-    DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "out of memory: a participant may go unnoticed");
-  }
+  } catch (const std::bad_alloc&) { log("discovery", "out of memory: a participant may go unnoticed"); }
   call_control();
 }
 
@@ -50,9 +47,7 @@ void Hub::on_presence(std::uint64_t writer, const unsigned char* octets, std::si
       return;
     }
     add_news(std::move(news));
-  } catch (const std::bad_alloc&) {
-    DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "out of memory: a participant may go unnoticed");
-  }
+  } catch (const std::bad_alloc&) { log("discovery", "out of memory: a participant may go unnoticed"); }
 }
 
 // What comes from it after it has come anew must not be taken for what comes next, so this is done at once.
@@ -71,7 +66,7 @@ void Hub::control() {
     std::int64_t next = now() + 100 * kMillisecond;
     try {
       next = control_once(asked_.exchange(0, std::memory_order_acquire));
-    } catch (const std::bad_alloc&) { DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "out of memory"); }
+    } catch (const std::bad_alloc&) { log("discovery", "out of memory"); }
     const std::int64_t pause = std::max<std::int64_t>(next - now(), 0);
     Deadline deadline({static_cast<std::int32_t>(pause / 1000000000), static_cast<std::uint32_t>(pause % 1000000000)});
     control_event_.wait(ticket, deadline);
@@ -111,9 +106,7 @@ void Hub::publish_presence() {
   Packet packet = make_packet(octets.size());
   if (!packet) { throw std::bad_alloc(); }
   std::copy(octets.begin(), octets.end(), packet.octets());
-  if (!engine_->publish_presence(std::move(packet))) {
-    DDS_LOG_FAILURE("discovery", QVX_LOG_ANY_FAILURE_s, "the engine does not take a message");
-  }
+  if (!engine_->publish_presence(std::move(packet))) { log("discovery", "the engine does not take a message"); }
   last_presence_ = octets;
   meet_interesting();
 }
@@ -176,10 +169,10 @@ void Hub::meet(const DDS_GUID_t& address, std::uint64_t writer) {
   // Not under the lock, which the engine's threads want.
   std::unique_ptr<EngineWriter> channel = engine_->connect(to_text(address));
   if (channel == nullptr) {
-    DDS_LOG_FAILURE("discovery", QVX_LOG_CREATION_FAILURE_s, "a channel to another participant");
+    log("discovery", "a channel to another participant");
     return;
   }
-  auto peer = std::make_shared<Peer>(address, std::make_unique<EngineChannel>(std::move(channel)));
+  auto peer = std::make_shared<Peer>(address, std::make_unique<EngineChannel>(std::move(channel), listeners_));
   peer->session = draw_session();
   peer->inbound_writer = writer;
   const MutexLock lock(mutex_);

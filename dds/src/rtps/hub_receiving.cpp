@@ -3,7 +3,6 @@
 
 #include <new>
 
-#include "log/log.hpp"
 #include "rtps/hub.hpp"
 
 namespace dds::rtps {
@@ -28,9 +27,7 @@ void Hub::on_packet(std::uint64_t writer, const unsigned char* octets, std::size
       receive(peer, prefix, payload);
     }
     // Otherwise it was sent to one who has been forgotten.
-  } catch (const std::bad_alloc&) {
-    DDS_LOG_FAILURE("receive", QVX_LOG_ANY_FAILURE_s, "out of memory: a message is lost");
-  }
+  } catch (const std::bad_alloc&) { log("receive", "out of memory: a message is lost"); }
 }
 
 void Hub::receive(const std::shared_ptr<Peer>& peer, const Prefix& prefix, Octets payload) {
@@ -138,8 +135,7 @@ void Hub::count_malformed(const char* what) {
   DDS_LongLong step = 1;
   while (step * 10 < count) { step *= 10; }
   if (count % step != 0) { return; }
-  DDS_LOG_FAILURE("receive", QVX_LOG_ANY_FAILURE_s, "dropped %s (%lld dropped so far)", what,
-                  static_cast<long long>(count));
+  listeners_.log("receive", std::string("dropped ") + what + " (" + std::to_string(count) + " dropped so far)");
 }
 
 }  // namespace dds::rtps
