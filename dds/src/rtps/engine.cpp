@@ -318,9 +318,7 @@ struct Engine::State {
 };
 
 Engine::State::~State() {
-  // The readers first: nothing comes in while the rest goes.
-  if (channel_reader > 0) { dds_delete(channel_reader); }
-  if (presence_reader > 0) { dds_delete(presence_reader); }
+  // The type belongs to the domain.
   if (type != nullptr) { ddsi_sertype_unref(type); }
   if (domain > 0) { dds_delete(domain); }
 }
@@ -343,6 +341,12 @@ void on_publication_matched(dds_entity_t /*writer*/, dds_publication_matched_sta
 
 Engine::Engine(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Engine::~Engine() = default;
+
+// Returns when no listener of theirs is running.
+void Engine::stop_receiving() {
+  dds_delete(state_->channel_reader);
+  dds_delete(state_->presence_reader);
+}
 
 std::unique_ptr<Engine> Engine::open(const EngineConfig& config, const std::string& address, EngineEvents& events,
                                      std::string& error) {

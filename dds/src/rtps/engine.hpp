@@ -97,11 +97,13 @@ class Engine {
   /// `std::bad_alloc`.
   static std::unique_ptr<Engine> open(const EngineConfig& config, const std::string& address, EngineEvents& events,
                                       std::string& error);
-  /// No event comes afterwards.
+  /// The writers are gone by then. No event comes afterwards.
   ~Engine();
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
 
+  /// No packet and no presence comes afterwards.
+  void stop_receiving();
   /// An empty packet when memory is exhausted. Thread-safe.
   Packet make_packet(std::size_t size) const;
   /// Replaces what all others are told, also those that come later.

@@ -43,7 +43,7 @@ std::unique_ptr<Hub> Hub::open(const EngineConfig& config, std::string& error) {
   std::unique_ptr<Hub> hub(new Hub);
   auto loopback = std::make_unique<LoopbackChannel>(hub->control_event_);
   hub->loopback_ = loopback.get();
-  hub->self_ = std::make_shared<Peer>(hub->address_, std::move(loopback));
+  hub->self_ = hub->graveyard_.make_peer(hub->address_, std::move(loopback));
   hub->self_->open = true;
   {
     const MutexLock lock(hub->mutex_);
@@ -56,7 +56,8 @@ std::unique_ptr<Hub> Hub::open(const EngineConfig& config, std::string& error) {
   return hub;
 }
 
-// First the threads that send, then the ways out, then the engine, whose threads still call.
+// First the threads that send; then what calls us, so that nobody holds a peer any more; then the ways out, and in the
+// end the engine.
 Hub::~Hub() {
   ending_.store(true, std::memory_order_release);
   call_control();
@@ -72,8 +73,10 @@ Hub::~Hub() {
     const MutexLock lock(bindings_mutex_);
     bindings_.clear();
   }
+  if (engine_ != nullptr) { engine_->stop_receiving(); }
   self_.reset();
   peers.clear();
+  graveyard_.empty();
   engine_.reset();
 }
 

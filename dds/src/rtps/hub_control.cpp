@@ -74,6 +74,7 @@ void Hub::control() {
 }
 
 std::int64_t Hub::control_once(std::uint32_t asked) {
+  graveyard_.empty();
   receive_loopback();
   if ((asked & kPresence) != 0) { publish_presence(); }
   read_news();
@@ -172,7 +173,7 @@ void Hub::meet(const DDS_GUID_t& address, std::uint64_t writer) {
     log("discovery", "a channel to another participant");
     return;
   }
-  auto peer = std::make_shared<Peer>(address, std::make_unique<EngineChannel>(std::move(channel), listeners_));
+  auto peer = graveyard_.make_peer(address, std::make_unique<EngineChannel>(std::move(channel), listeners_));
   peer->session = draw_session();
   peer->inbound_writer = writer;
   const MutexLock lock(mutex_);
@@ -180,7 +181,7 @@ void Hub::meet(const DDS_GUID_t& address, std::uint64_t writer) {
 }
 
 void Hub::lose(std::uint64_t writer) {
-  std::shared_ptr<Peer> lost;  // its channel closes after the lock is released
+  std::shared_ptr<Peer> lost;
   Told told(*this);
   const MutexLock lock(mutex_);
   const auto presence = presences_.find(writer);

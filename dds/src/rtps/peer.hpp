@@ -56,10 +56,33 @@ class Peer : public std::enable_shared_from_this<Peer> {
   std::unordered_map<DDS_GUID_t, std::unique_ptr<RemoteEndpoint>, GuidHash, GuidEqual> endpoints;
 
  private:
+  friend class Graveyard;
   const DDS_GUID_t address_;
   const std::unique_ptr<Channel> channel_;
   const std::shared_ptr<Window> window_ = std::make_shared<Window>();
   Inbound inbound_;
+  Peer* next_ = nullptr;  // in the graveyard
+};
+
+/// Where peers go whose last owner has let go of them: that may be a thread of the engine's, or one that holds locks,
+/// on which a channel must not be closed. Thread-safe.
+class Graveyard {
+ public:
+  Graveyard() = default;
+  Graveyard(const Graveyard&) = delete;
+  Graveyard& operator=(const Graveyard&) = delete;
+  ~Graveyard() { empty(); }
+
+  /// A peer that comes here in the end. The graveyard must be there longer. Throws `std::bad_alloc`.
+  std::shared_ptr<Peer> make_peer(const DDS_GUID_t& address, std::unique_ptr<Channel> channel);
+  /// Destroys the peers that are here, and closes their channels. Under no lock.
+  void empty() DDS_EXCLUDES(mutex_);
+
+ private:
+  void bury(Peer* peer) noexcept DDS_EXCLUDES(mutex_);
+
+  Mutex mutex_;
+  Peer* first_ DDS_GUARDED_BY(mutex_) = nullptr;
 };
 
 }  // namespace dds::rtps
