@@ -138,7 +138,7 @@ class Hub final : public EngineEvents, public SpaceListener {
   const DDS_GUID_t address_;
   ListenerThread listeners_;
   std::unique_ptr<Engine> engine_;
-  Graveyard graveyard_;
+  Graveyard graveyard_{control_event_};
   std::shared_ptr<Peer> self_;
   LoopbackChannel* loopback_ = nullptr;  // the channel of self_
 

@@ -7,9 +7,12 @@ std::shared_ptr<Peer> Graveyard::make_peer(const DDS_GUID_t& address, std::uniqu
 }
 
 void Graveyard::bury(Peer* peer) noexcept {
-  const MutexLock lock(mutex_);
-  peer->next_ = first_;
-  first_ = peer;
+  {
+    const MutexLock lock(mutex_);
+    peer->next_ = first_;
+    first_ = peer;
+  }
+  buried_.notify();
 }
 
 void Graveyard::empty() {

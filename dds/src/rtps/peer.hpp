@@ -68,7 +68,8 @@ class Peer : public std::enable_shared_from_this<Peer> {
 /// on which a channel must not be closed. Thread-safe.
 class Graveyard {
  public:
-  Graveyard() = default;
+  /// `buried` tells that there is something to empty.
+  explicit Graveyard(EventCount& buried) : buried_(buried) {}
   Graveyard(const Graveyard&) = delete;
   Graveyard& operator=(const Graveyard&) = delete;
   ~Graveyard() { empty(); }
@@ -81,6 +82,7 @@ class Graveyard {
  private:
   void bury(Peer* peer) noexcept DDS_EXCLUDES(mutex_);
 
+  EventCount& buried_;
   Mutex mutex_;
   Peer* first_ DDS_GUARDED_BY(mutex_) = nullptr;
 };
