@@ -12,6 +12,8 @@
 #include <cstring>
 #include <new>
 
+#include "rtps/handover.hpp"
+
 namespace dds::rtps {
 
 namespace {
@@ -24,7 +26,7 @@ constexpr std::size_t kAlignment = 64;
 // A packet as the engine sees it: a sample of a type without key, whose serialized form is all there is.
 struct PacketData : ddsi_serdata {
   PacketData() : ddsi_serdata() {}
-  std::shared_ptr<PacketListener> listener;
+  PacketListener* listener = nullptr;
   std::uint32_t size = 0;
 
   static constexpr std::size_t header_size() { return (sizeof(PacketData) + kAlignment - 1) / kAlignment * kAlignment; }
@@ -45,11 +47,13 @@ PacketData* make_data(const ddsi_sertype* type, std::size_t size) {
   data->hash = type->serdata_basehash;
   data->size = static_cast<std::uint32_t>(padded);
   std::memset(data->octets() + size, 0, padded - size);
+  hand_over(data);
   return data;
 }
 
 void free_data(ddsi_serdata* base) {
   PacketData* data = packet_data(base);
+  take_over(data);
   if (data->listener != nullptr) { data->listener->on_released(data->size); }
   data->~PacketData();
   ::operator delete(static_cast<void*>(data), std::align_val_t(kAlignment));
@@ -89,6 +93,12 @@ ddsi_serdata* from_vector(const ddsi_sertype* type, ddsi_serdata_kind kind, ddsr
     offset += part;
   }
   return data;
+}
+
+// Whoever holds the last reference frees it.
+void unreference(ddsi_serdata* data) {
+  hand_over(data);
+  ddsi_serdata_unref(data);
 }
 
 ddsi_serdata* reference_octets(const ddsi_serdata* base, std::size_t offset, std::size_t size, ddsrt_iovec_t* part) {
@@ -268,7 +278,7 @@ void take_all(dds_entity_t reader, void* events) {
       if (infos[i].valid_data) {
         (static_cast<EngineEvents*>(events)->*receive)(infos[i].publication_handle, data->octets(), data->size);
       }
-      ddsi_serdata_unref(packets[i]);
+      unreference(packets[i]);
     }
     if (count < static_cast<dds_return_t>(most)) { return; }
   }
@@ -285,22 +295,31 @@ void pass_log_line(void* /*argument*/, const dds_log_data_t* data) {
 }  // namespace
 
 Packet::~Packet() {
-  if (data_ != nullptr) { ddsi_serdata_unref(static_cast<ddsi_serdata*>(data_)); }
+  if (data_ == nullptr) { return; }
+  unreference(static_cast<ddsi_serdata*>(data_));
 }
 
 unsigned char* Packet::octets() const { return packet_data(static_cast<ddsi_serdata*>(data_))->octets(); }
 
 std::size_t Packet::size() const { return packet_data(static_cast<ddsi_serdata*>(data_))->size; }
 
-void Packet::notify_release(std::shared_ptr<PacketListener> listener) {
-  packet_data(static_cast<ddsi_serdata*>(data_))->listener = std::move(listener);
+void Packet::notify_release(PacketListener& listener) {
+  packet_data(static_cast<ddsi_serdata*>(data_))->listener = &listener;
 }
 
 EngineWriter::~EngineWriter() { dds_delete(writer_); }
 
-bool EngineWriter::write(Packet packet) {
-  return dds_writecdr(writer_, static_cast<ddsi_serdata*>(packet.release())) == DDS_RETCODE_OK;
+namespace {
+
+bool write_to(dds_entity_t writer, Packet packet) {
+  auto* data = static_cast<ddsi_serdata*>(packet.release());
+  hand_over(data);
+  return dds_writecdr(writer, data) == DDS_RETCODE_OK;
 }
+
+}  // namespace
+
+bool EngineWriter::write(Packet packet) { return write_to(writer_, std::move(packet)); }
 
 bool EngineWriter::matched() const { return dds_get_matched_subscriptions(writer_, nullptr, 0) > 0; }
 
@@ -403,9 +422,7 @@ Packet Engine::make_packet(std::size_t size) const {
   return Packet(static_cast<ddsi_serdata*>(make_data(state_->type, size)));
 }
 
-bool Engine::publish_presence(Packet packet) {
-  return dds_writecdr(state_->presence_writer, static_cast<ddsi_serdata*>(packet.release())) == DDS_RETCODE_OK;
-}
+bool Engine::publish_presence(Packet packet) { return write_to(state_->presence_writer, std::move(packet)); }
 
 std::unique_ptr<EngineWriter> Engine::connect(const std::string& address) {
   Listener listener(dds_create_listener(state_->events));

@@ -25,9 +25,12 @@ struct EngineConfig {
 /// Is told when the other end has acknowledged a packet, or is gone.
 class PacketListener {
  public:
-  virtual ~PacketListener() = default;
-  /// On any thread, under locks of the engine: do little, and call nothing of the engine.
+  /// On any thread, under locks of the engine: do little, and call nothing of the engine. The packet does not refer to
+  /// the listener any more.
   virtual void on_released(std::size_t octets) noexcept = 0;
+
+ protected:
+  ~PacketListener() = default;
 };
 
 /// Octets on their way into the engine, 64-byte aligned, of a size that is a multiple of four; the first four belong to
@@ -46,8 +49,8 @@ class Packet {
   explicit operator bool() const { return data_ != nullptr; }
   unsigned char* octets() const;
   std::size_t size() const;
-  /// `listener` learns when the engine has done with the packet, or when it goes without having been written.
-  void notify_release(std::shared_ptr<PacketListener> listener);
+  /// `listener` learns once when the engine has done with the packet, or when it goes without having been written.
+  void notify_release(PacketListener& listener);
   /// The engine's own object, with the reference that the packet had.
   void* release() { return std::exchange(data_, nullptr); }
 

@@ -39,7 +39,7 @@ class Peer : public std::enable_shared_from_this<Peer> {
 
   const DDS_GUID_t& address() const { return address_; }
   void send(Packet packet) { channel_->send(std::move(packet)); }
-  const std::shared_ptr<Window>& window() const { return window_; }
+  const RefPtr<Window>& window() const { return window_; }
   Inbound& inbound() { return inbound_; }
 
   // The hub's lock guards the rest.
@@ -59,7 +59,7 @@ class Peer : public std::enable_shared_from_this<Peer> {
   friend class Graveyard;
   const DDS_GUID_t address_;
   const std::unique_ptr<Channel> channel_;
-  const std::shared_ptr<Window> window_ = std::make_shared<Window>();
+  const RefPtr<Window> window_ = RefPtr<Window>::adopt(new Window);
   Inbound inbound_;
   Peer* next_ = nullptr;  // in the graveyard
 };

@@ -38,8 +38,8 @@ struct RtpsWriter::Attempt {
   const WrittenSample& sample;
   DDS_SampleIdentity_t& assigned;
   Deadline& deadline;
-  Packet packet;                 // of the sample, once somebody wants it
-  std::shared_ptr<Window> full;  // to be waited for, with the ticket
+  Packet packet;        // of the sample, once somebody wants it
+  RefPtr<Window> full;  // to be waited for, with the ticket
   std::uint32_t ticket = 0;
   std::vector<Held> held;
   Reservation reservation;
@@ -144,9 +144,9 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
       if (step == Step::done) { return DDS_RETCODE_OK; }
       if (step == Step::timed_out) { return DDS_RETCODE_TIMEOUT; }
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
-    if (attempt.full == nullptr) { continue; }  // readers came while there was nothing to send to them
+    if (attempt.full.get() == nullptr) { continue; }  // readers came while there was nothing to send to them
     attempt.full->wait(attempt.ticket, deadline);
-    attempt.full.reset();
+    attempt.full = RefPtr<Window>();
     if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
   }
 }
@@ -229,11 +229,11 @@ void RtpsWriter::find_shipments(MessageKind kind, const DDS_GUID_t& related_writ
 bool RtpsWriter::fill_shipments(Attempt& attempt) {
   const std::size_t size = attempt.packet.size();
   for (Shipment& shipment : shipments_) {
-    const std::shared_ptr<Window>& window = shipment.peer->window();
+    const RefPtr<Window>& window = shipment.peer->window();
     const std::uint32_t ticket = window->ticket();
     if (!window->acquire(size)) {
       if (!sink_.reliable() || !shipment.reliable) { continue; }
-      attempt.full = window;
+      attempt.full = RefPtr<Window>(window.get());
       attempt.ticket = ticket;
       return false;
     }
@@ -243,7 +243,7 @@ bool RtpsWriter::fill_shipments(Attempt& attempt) {
       window->on_released(size);
       throw std::bad_alloc();
     }
-    shipment.packet.notify_release(window);
+    shipment.packet.notify_release(*window);
     if (!last) { std::memcpy(shipment.packet.octets(), attempt.packet.octets(), size); }
   }
   return true;
