@@ -5,15 +5,17 @@
 // the engine's hands and comes out of them; in other builds they are nothing.
 #ifdef DDS_ANNOTATE_HANDOVER
 #include <sanitizer/tsan_interface.h>
-#else
-inline void __tsan_release(void* /*object*/) {}
-inline void __tsan_acquire(void* /*object*/) {}
 #endif
 
 namespace dds::rtps {
 
+#ifdef DDS_ANNOTATE_HANDOVER
 /// What this thread has done to the object is done before what the next one does that takes it over.
 inline void hand_over(const void* object) { __tsan_release(const_cast<void*>(object)); }
 inline void take_over(const void* object) { __tsan_acquire(const_cast<void*>(object)); }
+#else
+inline void hand_over(const void* /*object*/) {}
+inline void take_over(const void* /*object*/) {}
+#endif
 
 }  // namespace dds::rtps

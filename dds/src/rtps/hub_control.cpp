@@ -63,10 +63,15 @@ void Hub::control() {
   for (;;) {
     const std::uint32_t ticket = control_event_.ticket();
     if (ending_.load(std::memory_order_acquire)) { return; }
-    std::int64_t next = now() + 100 * kMillisecond;
+    std::int64_t next = 0;
+    const std::uint32_t asked = asked_.exchange(0, std::memory_order_acquire);
     try {
-      next = control_once(asked_.exchange(0, std::memory_order_acquire));
-    } catch (const std::bad_alloc&) { log("discovery", "out of memory"); }
+      next = control_once(asked);
+    } catch (const std::bad_alloc&) {
+      log("discovery", "out of memory");
+      asked_.fetch_or(asked, std::memory_order_relaxed);
+      next = now() + 100 * kMillisecond;
+    }
     const std::int64_t pause = std::max<std::int64_t>(next - now(), 0);
     Deadline deadline({static_cast<std::int32_t>(pause / 1000000000), static_cast<std::uint32_t>(pause % 1000000000)});
     control_event_.wait(ticket, deadline);
@@ -87,7 +92,9 @@ void Hub::receive_loopback() {
     Prefix prefix;
     Octets payload;
     decode({packet.octets(), packet.size()}, prefix, payload);
-    receive(self_, prefix, payload);
+    try {
+      receive(self_, prefix, payload);
+    } catch (const std::bad_alloc&) { log("receive", "out of memory: a message is lost"); }
   }
 }
 
@@ -243,7 +250,7 @@ void Hub::open_way(const std::shared_ptr<Peer>& peer, Told& told) {
 }
 
 std::int64_t Hub::greet() {
-  std::int64_t next = INT64_MAX;
+  std::int64_t next = now() + 3600 * 1000 * kMillisecond;
   Told told(*this);
   const MutexLock lock(mutex_);
   for (const auto& [address, peer] : peers_) {

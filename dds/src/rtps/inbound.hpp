@@ -24,8 +24,9 @@ class Inbound {
   /// Ends its matches; what it had reserved is given back.
   void remove_writer(const DDS_GUID_t& writer, Notifications& notifications) DDS_EXCLUDES(mutex_);
   void clear(Notifications& notifications) DDS_EXCLUDES(mutex_);
-  /// The reader gets the writer's samples from now on. Throws `std::bad_alloc`, having changed nothing.
-  void connect(const DDS_GUID_t& writer, RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
+  /// The reader gets the samples of the writer with that GUID from now on. Throws `std::bad_alloc`, having changed
+  /// nothing.
+  void connect(const DDS_GUID_t& guid, RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
   /// Afterwards nothing comes to the reader from this participant.
   void disconnect(RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
 

@@ -37,7 +37,7 @@ MakeTransport* load(const char* context) {
   if (symbol == nullptr) {
     DDS_LOG_FAILURE(context, QVX_LOG_CREATION_FAILURE_s,
                     "transport \"rtps\": install %s beside libzemtra_dds.so, and Debian's package libddsc0debian (%s)",
-                    kObject, dlerror());
+                    kObject, dlerror());  // NOLINT(concurrency-mt-unsafe): glibc's is thread-safe
     return nullptr;
   }
   loaded = reinterpret_cast<MakeTransport*>(symbol);
