@@ -250,7 +250,7 @@ void Hub::open_way(const std::shared_ptr<Peer>& peer, Told& told) {
 }
 
 std::int64_t Hub::greet() {
-  std::int64_t next = now() + 3600 * 1000 * kMillisecond;
+  std::int64_t next = now() + 3600000 * kMillisecond;
   Told told(*this);
   const MutexLock lock(mutex_);
   for (const auto& [address, peer] : peers_) {
