@@ -1,6 +1,6 @@
 #!/bin/bash
-# Installs the project into a fresh folder, which is then moved; builds and runs against it the first program, and one with
-# types of its own.
+# Installs the project into a fresh folder, which is then moved; builds and runs against it the first program, one with
+# types of its own, and one that asks for the transport between processes, with and without it.
 # Arguments: CMake, the build folder, the compiler, the first program.
 set -euo pipefail
 cmake=$1 build=$2 compiler=$3 first_program=$4
@@ -22,3 +22,13 @@ prints() {
 }
 prints first_program $'Hello, world\nHello, world'
 prints types 'consumer::Greeting consumer::Answer'
+
+# The transport between processes is found beside the library, and nobody else needs it.
+prints between_processes 'there it is'
+find "$folder/moved" -name 'libzemtra_dds_rtps.so' -delete
+prints between_processes 'none' 2>"$folder/log"
+grep -q 'libddsc0debian' "$folder/log" || {
+  printf 'FAILED: nothing says what to install\n'
+  exit 1
+}
+prints first_program $'Hello, world\nHello, world'

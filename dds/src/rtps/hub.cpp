@@ -262,6 +262,11 @@ Hub::Whereabouts Hub::find_writer(const DDS_GUID_t& writer) {
   return Whereabouts::unknown;
 }
 
+bool Hub::has_peer(const DDS_GUID_t& address) {
+  const MutexLock lock(mutex_);
+  return peers_.count(address) != 0;
+}
+
 void Hub::log(const char* context, const char* text) noexcept {
   try {
     listeners_.log(context, text);

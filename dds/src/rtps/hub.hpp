@@ -48,6 +48,8 @@ class Hub final : public EngineEvents, public SpaceListener {
   Whereabouts find_writer(const DDS_GUID_t& writer) DDS_EXCLUDES(mutex_);
   /// Happens whenever a way to a participant opens, or a participant goes.
   EventCount& openings() { return openings_; }
+  /// Whether there is a channel to the participant of that address.
+  bool has_peer(const DDS_GUID_t& address) DDS_EXCLUDES(mutex_);
   void count_vanished_reply() { vanished_replies_.fetch_add(1, std::memory_order_relaxed); }
   DDS_TransportStatistics statistics() const;
 
