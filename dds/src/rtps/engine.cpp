@@ -10,9 +10,11 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <new>
 
 #include "rtps/handover.hpp"
+#include "rtps/sockets.hpp"
 
 namespace dds::rtps {
 
@@ -222,12 +224,13 @@ std::string configuration(const EngineConfig& config) {
     xml += "</Peers>";
   }
   xml += "</Discovery><Internal>";
-  xml += "<SocketReceiveBufferSize min=\"default\" max=\"" + std::to_string(config.receive_buffer_size) + "B\"/>";
+  const std::string receive_buffer = std::to_string(config.receive_buffer_size) + "B";
+  xml += "<SocketReceiveBufferSize min=\"" + receive_buffer + "\" max=\"" + receive_buffer + "\"/>";
   xml += "<SocketSendBufferSize min=\"default\" max=\"" + std::to_string(config.send_buffer_size) + "B\"/>";
   // Who may send how much is decided above the engine, which must not make a thread wait on top of that.
   xml +=
       "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>";
-  xml += "<HeartbeatInterval min=\"1ms\" minsched=\"1ms\" max=\"100ms\">5ms</HeartbeatInterval>";
+  xml += "<HeartbeatInterval min=\"1ms\" minsched=\"1ms\" max=\"100ms\">1ms</HeartbeatInterval>";
   xml += "<NackDelay>5ms</NackDelay><AckDelay>1ms</AckDelay>";
   xml += "</Internal></Domain>";
   return xml;
@@ -358,6 +361,28 @@ void on_publication_matched(dds_entity_t /*writer*/, dds_publication_matched_sta
 
 }  // namespace
 
+namespace {
+
+// A socket of the engine receives from all interfaces, whichever it was told to use. Where nothing is to come from
+// outside, it is confined to the loopback interface as soon as it is there.
+bool open_domain(std::uint32_t instance, const EngineConfig& wanted, dds_entity_t& domain, std::string& error) {
+  // Not a size that anybody else would ask for: it tells the engine's sockets from others.
+  constexpr std::uint32_t oddity = 4321;
+  static std::mutex one_at_a_time;
+  const std::lock_guard<std::mutex> lock(one_at_a_time);
+  EngineConfig config = wanted;
+  config.receive_buffer_size = possible_receive_buffer(wanted.receive_buffer_size) - oddity;
+  const SocketWatch watch;
+  domain = dds_create_domain(instance, configuration(config).c_str());
+  if (domain < 0) {
+    error = std::string("the engine refuses its configuration: ") + reason(domain);
+    return false;
+  }
+  return !config.interface_name.empty() || watch.confine("lo", config.receive_buffer_size, error);
+}
+
+}  // namespace
+
 Engine::Engine(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Engine::~Engine() = default;
 
@@ -379,8 +404,7 @@ std::unique_ptr<Engine> Engine::open(const EngineConfig& config, const std::stri
     return code < 0;
   };
 
-  state->domain = dds_create_domain(instance, configuration(config).c_str());
-  if (failed("the engine refuses its configuration", state->domain)) { return nullptr; }
+  if (!open_domain(instance, config, state->domain, error)) { return nullptr; }
   Qos participant_qos(dds_create_qos());
   for (const auto& [name, value] : config.security) {
     dds_qset_prop(participant_qos.get(), name.c_str(), value.c_str());

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+
+namespace dds::rtps {
+
+/// The largest receive buffer, up to `wanted` octets, that the system gives a socket.
+std::uint32_t possible_receive_buffer(std::uint32_t wanted);
+
+/// Finds the sockets that the engine opens, which binds them to no interface and keeps their numbers to itself: those
+/// that come into being during its lifetime and have the receive buffer that the engine was told to ask for. That size
+/// is one that nobody else asks for.
+class SocketWatch {
+ public:
+  SocketWatch();
+  /// Lets them receive from that device alone. False, and the reason in `error`, when that fails or none is found.
+  bool confine(const char* device, std::uint32_t receive_buffer, std::string& error) const;
+
+ private:
+  std::set<int> before_;
+};
+
+}  // namespace dds::rtps
