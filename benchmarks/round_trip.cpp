@@ -1,10 +1,14 @@
 // What a round trip between a requester and a replier costs, against the least that handing over the same octets costs;
-// and what it costs through the typed front ends, against the untyped core.
+// and what it costs through the typed front ends, against the untyped core. With `--transport rtps`: between two
+// processes, against what is written by hand with the API of the engine that carries the samples.
 
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
 
+#include "processes/network.hpp"
+#include "processes/roles.hpp"
+#include "processes/round_trips.hpp"
 #include "support/arguments.hpp"
 #include "support/compare.hpp"
 #include "support/floor.hpp"
@@ -18,8 +22,9 @@ namespace {
 constexpr long window = 32;
 constexpr const char* usage =
     "usage: round_trip [--mode blocking,listener,pipelined,typed,typed_listener] [--payload 64,1024,...]\n"
-    "                  [--pin same,split,free]\n"
-    "                  [--rounds 15] [--count round trips in a turn, 0 for about 40 ms]\n";
+    "                  [--pin same,split,free] [--transport in_process]\n"
+    "                  [--rounds 15] [--count round trips in a turn, 0 for about 40 ms]\n"
+    "       round_trip --transport rtps [--mode blocking,pipelined] [--payload 64,65536,...] and the rest as above\n";
 
 struct Case {
   std::string mode;
@@ -100,7 +105,29 @@ void run(const Case& c) {
   print(c, measure(c, placement));
 }
 
+// More under way than the engine's receive buffers hold would measure what is sent again.
+bool fits_buffers(const std::string& mode, long payload) { return mode != "pipelined" || payload * window <= 1L << 21; }
+
+void run_all_between_processes(const Arguments& arguments) {
+  const auto modes = arguments.choice("mode", "blocking,pipelined", {"blocking", "pipelined"});
+  const auto pins = arguments.choice("pin", "same,split,free", {"same", "split", "free"});
+  if (!enter_network_of_own()) { std::cerr << "round_trip: shares the loopback interface with others\n"; }
+  for (const std::string& pin : pins) {
+    for (const std::string& mode : modes) {
+      for (const long payload : arguments.numbers("payload", "64,65536,1048576")) {
+        if (!is_possible(placement_of(pin)) || !fits_buffers(mode, payload)) { continue; }
+        compare_with_hand_written({mode, pin, static_cast<std::size_t>(payload),
+                                   std::max(1L, arguments.number("rounds", 15)), arguments.number("count", 0)});
+      }
+    }
+  }
+}
+
 void run_all(const Arguments& arguments) {
+  if (arguments.choice("transport", "in_process", {"in_process", "rtps"}).front() == "rtps") {
+    run_all_between_processes(arguments);
+    return;
+  }
   const auto modes = arguments.choice("mode", "blocking,listener,pipelined,typed,typed_listener",
                                       {"blocking", "listener", "pipelined", "typed", "typed_listener"});
   const auto pins = arguments.choice("pin", "same,split,free", {"same", "split", "free"});
@@ -118,8 +145,9 @@ void run_all(const Arguments& arguments) {
 }  // namespace bench
 
 int main(int argc, char** argv) {
+  if (const auto code = bench::play_role(argc, argv)) { return *code; }
   try {
-    bench::run_all(bench::Arguments(argc, argv, {"mode", "payload", "pin", "rounds", "count"}));
+    bench::run_all(bench::Arguments(argc, argv, {"mode", "payload", "pin", "rounds", "count", "transport"}));
     return EXIT_SUCCESS;
   } catch (const std::invalid_argument& fault) {
     std::cerr << "round_trip: " << fault.what() << '\n' << bench::usage;

@@ -3,7 +3,7 @@
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 JOBS=$(nproc)
 
-BUILD_PACKAGES=(cmake ninja-build g++ libboost1.81-dev libfastcdr-dev fastddsgen cyclonedds-dev)
+BUILD_PACKAGES=(cmake ninja-build g++ libboost1.81-dev libfastcdr-dev fastddsgen cyclonedds-dev cyclonedds-tools)
 LINT_PACKAGES=("${BUILD_PACKAGES[@]}" clang clang-format clang-tidy)
 TEST_PACKAGES=("${LINT_PACKAGES[@]}" libgtest-dev libgmock-dev)
 FUZZ_PACKAGES=("${TEST_PACKAGES[@]}" libclang-rt-14-dev)

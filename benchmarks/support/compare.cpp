@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <vector>
 
 #include "support/heap.hpp"
 
@@ -35,13 +34,13 @@ long prepare(const Workload& workload, long count) {
   return count;
 }
 
+}  // namespace
+
 double median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   const std::size_t middle = values.size() / 2;
   return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
-
-}  // namespace
 
 Comparison compare(const Workload& subject, const Workload& reference, long rounds, long count) {
   const long subject_count = prepare(subject, count);

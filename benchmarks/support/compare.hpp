@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 namespace bench {
 
@@ -20,5 +21,8 @@ struct Comparison {
 /// each once in every round. `count` is the number of round trips of one turn; 0 finds, for each of the two, the number
 /// that takes about 40 ms.
 Comparison compare(const Workload& subject, const Workload& reference, long rounds, long count);
+
+/// Of at least one value.
+double median(std::vector<double> values);
 
 }  // namespace bench

@@ -5,7 +5,8 @@
 
 namespace bench {
 
-Echo::Echo(const Participant& participant, DDSDataReaderListener* listener) {
+Echo::Echo(const Participant& participant, DDSDataReaderListener* listener, bool one_requester)
+    : one_requester_(one_requester) {
   replier_.initialize(zemtra::ReplierParams(participant.get()).service_name(echo_service), register_octets,
                       register_octets, sizeof(DDS_Octets), listener, false);
 }
@@ -27,7 +28,7 @@ bool Echo::answer(const Loan& loan) {
     const DDS_Octets& request = loan.sample(i);
     const std::uint64_t tag = tag_of(request.value);
     if (tag == stop_tag) { return false; }
-    check_tag(tag, ++answered_);
+    if (one_requester_) { check_tag(tag, ++answered_); }
     replier_.send_sample(&request, zemtra::details::get_sample_identity_from_sample_info(loan.infos[i]), params_);
   }
   return true;

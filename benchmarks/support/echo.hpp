@@ -11,8 +11,8 @@ namespace bench {
 /// Answers requests with their own octets, straight from the loan.
 class Echo {
  public:
-  /// `listener` is that of the reader, or null.
-  Echo(const Participant& participant, DDSDataReaderListener* listener);
+  /// `listener` is that of the reader, or null. Requests of one requester alone are to come in order.
+  Echo(const Participant& participant, DDSDataReaderListener* listener, bool one_requester = true);
 
   /// Waits for requests and answers them; false once one of them carried the stop tag.
   bool answer_next();
@@ -22,6 +22,7 @@ class Echo {
  private:
   bool answer(const Loan& loan);
 
+  const bool one_requester_;
   zemtra::details::ReplierUntypedImpl replier_;
   DDS_WriteParams_t params_;
   std::uint64_t answered_ = 0;

@@ -6,10 +6,13 @@
 
 namespace bench {
 
+/// What carries samples: memory of this process, or RTPS to other processes.
+enum class Transport { in_process, rtps };
+
 /// A participant and all that is in it.
 class Participant {
  public:
-  explicit Participant(DDS_DomainId_t domain);
+  explicit Participant(DDS_DomainId_t domain, Transport transport = Transport::in_process);
   ~Participant();
   Participant(const Participant&) = delete;
   Participant& operator=(const Participant&) = delete;
@@ -25,6 +28,10 @@ constexpr const char* echo_service = "Echo";
 
 /// Requests and replies are octets; for the entities' type-registration arguments.
 const char* register_octets(DDSTypeSupport* type_support, DDSDomainParticipant* participant);
+
+/// Returns when a replier in another process gets the requester's requests and reaches it; ends the process when there
+/// is none for a long time.
+void wait_for_replier(zemtra::details::RequesterUntypedImpl& requester);
 
 /// Samples that an entity has lent; gives them back at the end of its scope.
 class Loan {

@@ -1,9 +1,7 @@
 #include "support/payload.hpp"
 
 #include <climits>
-#include <cstdlib>
 #include <cstring>
-#include <iostream>
 #include <new>
 #include <stdexcept>
 
@@ -19,22 +17,5 @@ Payload::Payload(std::size_t size) {
 }
 
 void Payload::set_tag(std::uint64_t tag) { std::memcpy(octets_.get(), &tag, sizeof tag); }
-
-std::uint64_t tag_of(const DDS_Octet* octets) {
-  std::uint64_t tag = 0;
-  std::memcpy(&tag, octets, sizeof tag);
-  return tag;
-}
-
-void check_tag(std::uint64_t tag, std::uint64_t expected) {
-  if (tag == expected) { return; }
-  std::cerr << "tag " << tag << " in place of " << expected << '\n';
-  fail("a round trip went wrong");
-}
-
-void fail(const char* reason) {
-  std::cerr << "benchmark failed: " << reason << std::endl;
-  std::_Exit(EXIT_FAILURE);
-}
 
 }  // namespace bench

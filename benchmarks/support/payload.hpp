@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "support/tag.hpp"
+
 namespace bench {
 
 /// Octets of a request, whose first eight are a tag. A payload is at least that long.
@@ -28,18 +30,5 @@ class Payload {
   std::unique_ptr<DDS_Octet, Release> octets_;
   DDS_Octets sample_;
 };
-
-/// The tag of octets that are at least eight.
-std::uint64_t tag_of(const DDS_Octet* octets);
-
-/// The tag that ends the thread which answers.
-constexpr std::uint64_t stop_tag = UINT64_MAX;
-
-/// Ends the process when an end of a round trip sees another tag than it must, since a figure for wrong answers means
-/// nothing.
-void check_tag(std::uint64_t tag, std::uint64_t expected);
-
-/// Says on the standard error why the benchmark cannot go on, and ends the process at once, whatever its threads do.
-[[noreturn]] void fail(const char* reason);
 
 }  // namespace bench

@@ -10,6 +10,8 @@ class Requester {
  public:
   Requester(const Participant& participant, std::size_t payload);
 
+  /// For a replier in another process.
+  void wait_for_replier() { bench::wait_for_replier(requester_); }
   /// One request at a time, whose reply is waited for.
   void run_blocking(long count);
   /// One request at a time, whose reply is there as soon as the request has been sent.

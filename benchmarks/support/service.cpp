@@ -1,10 +1,14 @@
 #include "support/service.hpp"
 
+#include "processes/remote_echo.hpp"
+
 namespace bench {
 namespace {
 
-std::unique_ptr<Answering> start_answering(Answer answer, const Participant& participant, Placement placement) {
+std::unique_ptr<Answering> start_answering(Answer answer, DDS_DomainId_t domain, const Participant& participant,
+                                           Placement placement) {
   if (answer == Answer::in_listener) { return std::make_unique<ListenerEcho>(participant); }
+  if (answer == Answer::in_process) { return std::make_unique<RemoteEcho>(domain, placement); }
   return std::make_unique<ThreadEcho>(participant, placement);
 }
 
@@ -12,12 +16,14 @@ std::unique_ptr<Answering> start_answering(Answer answer, const Participant& par
 
 Service::Service(DDS_DomainId_t domain, Answer answer, std::size_t payload, Placement placement)
     : answer_(answer),
-      participant_(domain),
+      participant_(domain, answer == Answer::in_process ? Transport::rtps : Transport::in_process),
       requester_(participant_, payload),
-      answering_(start_answering(answer, participant_, placement)) {}
+      answering_(start_answering(answer, domain, participant_, placement)) {
+  if (answer == Answer::in_process) { requester_.wait_for_replier(); }
+}
 
 Service::~Service() {
-  if (answer_ == Answer::in_thread) { requester_.send_stop(); }
+  if (answer_ != Answer::in_listener) { requester_.send_stop(); }
 }
 
 void Service::run(long count) {
@@ -34,6 +40,8 @@ void Service::add_idle_requesters(long count) {
     idle_.push_back(std::make_unique<zemtra::details::RequesterUntypedImpl>(params, register_octets, register_octets,
                                                                             sizeof(DDS_Octets), false));
   }
+  if (answer_ != Answer::in_process) { return; }
+  for (const auto& requester : idle_) { wait_for_replier(*requester); }
 }
 
 // Requests are answered in order, so once the last one has its reply, the others have theirs.

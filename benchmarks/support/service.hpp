@@ -9,8 +9,8 @@
 namespace bench {
 
 /// How the replier of a service comes by its requests: a thread waits for them, or its reader's listener is called by
-/// the thread that requests.
-enum class Answer { in_thread, in_listener };
+/// the thread that requests; or a thread of another process waits for them, and RTPS carries them.
+enum class Answer { in_thread, in_listener, in_process };
 
 /// A service in a domain of its own: a requester, and a replier that answers it.
 class Service {
@@ -24,7 +24,7 @@ class Service {
   Requester& requester() { return requester_; }
   /// One request at a time, in the way that fits the replier.
   void run(long count);
-  /// Adds requesters that do nothing.
+  /// Adds requesters that do nothing but be matched.
   void add_idle_requesters(long count);
   /// Leaves replies unread in the requester's reader.
   void add_unread_replies(long count);

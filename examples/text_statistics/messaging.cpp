@@ -2,9 +2,21 @@
 
 #include <stdexcept>
 
-Participant::Participant()
+namespace {
+
+DDS_DomainParticipantQos qos_with(const char* transport) {
+  DDS_DomainParticipantQos qos = DDS_PARTICIPANT_QOS_DEFAULT;
+  zemtra::check_retcode(
+      DDSPropertyQosPolicyHelper::add_property(qos.property, "dds.transport", transport, /*propagate=*/false),
+      "qos_with", QVX_LOG_ANY_FAILURE_s, "add property", true);
+  return qos;
+}
+
+}  // namespace
+
+Participant::Participant(const char* transport)
     : participant_(DDSDomainParticipantFactory::get_instance()->create_participant(
-          /*domain_id=*/0, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE)) {
+          /*domain_id=*/0, qos_with(transport), nullptr, DDS_STATUS_MASK_NONE)) {
   if (participant_ == nullptr) { throw std::runtime_error("cannot join the domain"); }
 }
 

@@ -5,12 +5,11 @@
 
 // What the replier and the requesters of the example have in common.
 
-constexpr const char* service_name = "TextStatistics";
-
 /// Joins a domain, and leaves it at the end of the scope. Entities of the participant have to be gone by then.
 class Participant {
  public:
-  Participant();
+  /// `transport` is "in_process" or, for a service between processes, "rtps".
+  explicit Participant(const char* transport = "in_process");
   ~Participant();
   Participant(const Participant&) = delete;
   Participant& operator=(const Participant&) = delete;

@@ -12,9 +12,9 @@ constexpr int max_requests = 64;
 
 }  // namespace
 
-Replier::Replier(const Participant& participant) {
-  replier_.initialize(zemtra::ReplierParams(participant.get()).service_name(service_name), register_string,
-                      register_string, sizeof(char*), /*reader_listener=*/nullptr, false);
+Replier::Replier(const Participant& participant, const std::string& service) {
+  replier_.initialize(zemtra::ReplierParams(participant.get()).service_name(service), register_string, register_string,
+                      sizeof(char*), /*reader_listener=*/nullptr, false);
   thread_ = std::async(std::launch::async, [this] { run(); });
 }
 

@@ -2,13 +2,14 @@
 
 #include <atomic>
 #include <future>
+#include <string>
 
 #include "messaging.hpp"
 
 /// Answers requests, each a piece of text, with one reply for each kind of statistics, in a thread of its own.
 class Replier {
  public:
-  explicit Replier(const Participant& participant);
+  Replier(const Participant& participant, const std::string& service);
   /// Ends the thread.
   ~Replier();
   Replier(const Replier&) = delete;

@@ -1,6 +1,7 @@
 #include "requester.hpp"
 
 #include <stdexcept>
+#include <zemtra/details/service_match.hpp>
 
 namespace {
 
@@ -8,9 +9,15 @@ constexpr DDS_Duration_t max_wait{30, 0};
 
 }  // namespace
 
-Requester::Requester(const Participant& participant)
-    : requester_(zemtra::RequesterParams(participant.get()).service_name(service_name), register_string,
-                 register_string, sizeof(char*), false) {}
+Requester::Requester(const Participant& participant, const std::string& service)
+    : requester_(zemtra::RequesterParams(participant.get()).service_name(service), register_string, register_string,
+                 sizeof(char*), false) {}
+
+void Requester::wait_for_replier() {
+  using zemtra::details::ServiceMatch;
+  const ServiceMatch match(ServiceMatch::Role::requester, *requester_.get_datawriter(), *requester_.get_datareader());
+  if (!match.wait(max_wait)) { throw std::runtime_error(match.explain()); }
+}
 
 int Requester::request(const std::string& text, Statistics& sum) {
   const char* const sample = text.c_str();

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr const char* service = "TextStatistics";
+
 /// Says how many requests are answered, at every tenth of the way.
 class Progress {
  public:
@@ -53,10 +55,10 @@ Result request_paragraphs(Requester& requester, Work& work) {
 
 Result count_by_messaging(const std::vector<std::string>& paragraphs) {
   const Participant participant;
-  Replier replier(participant);
-  Requester shared(participant);
-  Requester second(participant);
-  Requester third(participant);
+  Replier replier(participant, service);
+  Requester shared(participant, service);
+  Requester second(participant, service);
+  Requester third(participant, service);
 
   Work work(paragraphs);
   const auto begin = std::chrono::steady_clock::now();

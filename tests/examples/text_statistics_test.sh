@@ -57,4 +57,31 @@ run "$folder/binary"
 expect_code 'a file that is no text' 2
 expect_line 'a file that is no text' "text_statistics: $folder/binary is no text: .*"
 
+run --processes 2 "$folder/small"
+expect_code 'two processes' 0
+expect_line 'two processes' '  process 1 of 2: 2 requests answered'
+expect_line 'two processes' '  process 2 of 2: 1 requests answered'
+expect_line 'two processes' '3 requests, 9 replies, .* requests/s'
+expect_line 'two processes' 'the merged replies equal the direct count'
+
+run --processes 0 "$folder/small"
+expect_code 'no processes' 2
+
+# When a process is lost, so is the result, and no other process is left behind. The text is long enough for them to be
+# there when one is killed.
+for _ in {1..2000}; do cat "$folder/small"; echo; done >"$folder/large"
+"$program" --processes 2 "$folder/large" >"$folder/output" 2>&1 &
+parent=$!
+children=
+until [[ $(wc -w <<<"$children") -eq 3 ]]; do children=$(cat "/proc/$parent/task/$parent/children"); done
+kill -KILL "${children%% *}"
+code=0
+wait "$parent" || code=$?
+output=$(<"$folder/output")
+expect_code 'a lost process' 2
+expect_line 'a lost process' 'text_statistics: a process has failed'
+for child in $children; do
+  [[ ! -e /proc/$child ]] || fail "process $child is left"
+done
+
 exit $((failures > 0))

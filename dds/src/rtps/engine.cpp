@@ -14,6 +14,7 @@
 #include <new>
 
 #include "rtps/handover.hpp"
+#include "rtps/packet_memory.hpp"
 #include "rtps/sockets.hpp"
 
 namespace dds::rtps {
@@ -23,18 +24,22 @@ namespace {
 constexpr char kPresenceTopic[] = "zemtra_presence";
 constexpr char kChannelTopic[] = "zemtra_channel";
 constexpr char kTypeName[] = "zemtra::Packet";
-constexpr std::size_t kAlignment = 64;
+constexpr std::size_t kAlignment = PacketMemory::kAlignment;
 
 // A packet as the engine sees it: a sample of a type without key, whose serialized form is all there is.
 struct PacketData : ddsi_serdata {
   PacketData() : ddsi_serdata() {}
   PacketListener* listener = nullptr;
   std::uint32_t size = 0;
+  std::size_t block_size = 0;
 
   static constexpr std::size_t header_size() { return (sizeof(PacketData) + kAlignment - 1) / kAlignment * kAlignment; }
   unsigned char* octets() { return reinterpret_cast<unsigned char*>(this) + header_size(); }
   const unsigned char* octets() const { return reinterpret_cast<const unsigned char*>(this) + header_size(); }
 };
+
+// Never destroyed: threads of engines may outlive the objects of this file.
+PacketMemory& packet_memory = *new PacketMemory;
 
 PacketData* packet_data(ddsi_serdata* data) { return static_cast<PacketData*>(data); }
 const PacketData* packet_data(const ddsi_serdata* data) { return static_cast<const PacketData*>(data); }
@@ -42,9 +47,10 @@ const PacketData* packet_data(const ddsi_serdata* data) { return static_cast<con
 PacketData* make_data(const ddsi_sertype* type, std::size_t size) {
   if (size > UINT32_MAX - 4) { return nullptr; }
   const std::size_t padded = (size + 3) / 4 * 4;
-  void* memory = ::operator new(PacketData::header_size() + padded, std::align_val_t(kAlignment), std::nothrow);
-  if (memory == nullptr) { return nullptr; }
-  auto* data = new (memory) PacketData;
+  const PacketMemory::Block block = packet_memory.acquire(PacketData::header_size() + padded);
+  if (block.memory == nullptr) { return nullptr; }
+  auto* data = new (block.memory) PacketData;
+  data->block_size = block.size;
   ddsi_serdata_init(data, type, SDK_DATA);
   data->hash = type->serdata_basehash;
   data->size = static_cast<std::uint32_t>(padded);
@@ -57,8 +63,9 @@ void free_data(ddsi_serdata* base) {
   PacketData* data = packet_data(base);
   take_over(data);
   if (data->listener != nullptr) { data->listener->on_released(data->size); }
+  const PacketMemory::Block block{data, data->block_size};
   data->~PacketData();
-  ::operator delete(static_cast<void*>(data), std::align_val_t(kAlignment));
+  packet_memory.release(block);
 }
 
 // The fragments of a sample may overlap, but leave no gap.
@@ -230,8 +237,9 @@ std::string configuration(const EngineConfig& config) {
   // Who may send how much is decided above the engine, which must not make a thread wait on top of that.
   xml +=
       "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>";
+  // As long as writing goes on, the engine asks for no acknowledgements: a full window waits for the heartbeat.
   xml += "<HeartbeatInterval min=\"1ms\" minsched=\"1ms\" max=\"100ms\">1ms</HeartbeatInterval>";
-  xml += "<NackDelay>5ms</NackDelay><AckDelay>1ms</AckDelay>";
+  xml += "<NackDelay>5ms</NackDelay><AckDelay>100us</AckDelay>";
   xml += "</Internal></Domain>";
   return xml;
 }

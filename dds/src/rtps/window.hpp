@@ -11,8 +11,8 @@ namespace dds::rtps {
 /// engine, which knows no deadlines. Thread-safe. Every packet on its way holds a reference.
 class Window final : public PacketListener, public RefCounted<Window> {
  public:
-  static constexpr std::size_t kMostOctets = std::size_t{16} * 1024 * 1024;
-  static constexpr std::size_t kMostPackets = 4096;
+  static constexpr std::size_t kMostOctets = std::size_t{8} * 1024 * 1024;
+  static constexpr std::size_t kMostPackets = 16384;
 
   /// Takes room for a packet, of which `on_released` has to be told; false when there is none until `wait` says so. An
   /// idle window admits any packet.
