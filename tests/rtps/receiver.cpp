@@ -41,9 +41,9 @@ Receiver::Receiver()
   std::string error;
   hub_ = Hub::open(EngineConfig(), error);
   if (participant_ == nullptr || hub_ == nullptr) { throw std::runtime_error("no participant: " + error); }
-  add_reader<DDSStringTypeSupport>("s", 4);
+  add_reader<DDSStringTypeSupport>("s", DDS_LENGTH_UNLIMITED);
   add_reader<DDSKeyedStringTypeSupport>("ks", DDS_LENGTH_UNLIMITED);
-  add_reader<DDSOctetsTypeSupport>("o", DDS_LENGTH_UNLIMITED);
+  add_reader<DDSOctetsTypeSupport>("o", 4);
   add_reader<DDSKeyedOctetsTypeSupport>("ko", DDS_LENGTH_UNLIMITED);
   // The hub makes its side of the sender in its own time, once.
   while (!hub_->has_peer(guid(0))) {
@@ -79,7 +79,7 @@ void Receiver::add_reader(const char* topic_name, DDS_Long max_samples) {
 
 void Receiver::send_hello() {
   Frame payload(kHelloSize);
-  encode(Hello{session_, 0}, payload.data());
+  encode(Hello{session_, hub_->session_with(guid(0))}, payload.data());
   Prefix prefix;
   prefix.identity.writer_guid = guid(0);
   receive(make_frame(prefix, payload));
@@ -87,6 +87,8 @@ void Receiver::send_hello() {
 
 void Receiver::begin_session() {
   ++session_;
+  // The first may make the hub begin anew as well, the second has heard of that.
+  send_hello();
   send_hello();
   unsigned char last = 0;
   for (const auto& [topic, type] : topics_) {
@@ -113,6 +115,7 @@ std::vector<std::string> Receiver::take_strings() {
       for (int i = 0; reader == readers_.front() && i < count; ++i) {
         if (infos[i].valid_data) { strings.emplace_back(*static_cast<char* const*>(data[i])); }
       }
+      taken_ += count;
       if (reader->return_loan_untyped(data, infos) != DDS_RETCODE_OK) { throw std::runtime_error("a loan is refused"); }
     }
   }

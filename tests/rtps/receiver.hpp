@@ -30,13 +30,15 @@ class Receiver {
   ~Receiver();
 
   /// Lets a new session begin, with writers 1 to 4 for the topics of strings, keyed strings, octets and keyed octets.
-  /// The reader of strings holds four samples.
+  /// The reader of octets holds four samples at the most, and has to be asked before.
   void begin_session();
   void receive(const Frame& frame) { hub_->on_packet(kChannel, frame.data(), frame.size()); }
   void receive_presence(const Frame& octets) { hub_->on_presence(kChannel, octets.data(), octets.size()); }
   DDS_LongLong malformed_messages() const { return hub_->statistics().malformed_messages; }
-  /// Takes all samples of all readers; those of the first are texts.
+  /// Takes all samples of all readers, and returns those of the first.
   std::vector<std::string> take_strings();
+  /// How many samples have been taken so far.
+  int taken() const { return taken_; }
 
  private:
   static constexpr std::uint64_t kChannel = 1;  // stands for the engine's handle of the sender's writer
@@ -51,6 +53,7 @@ class Receiver {
   std::vector<std::pair<std::string, std::string>> topics_;
   std::vector<std::unique_ptr<dds::rtps::RtpsReader>> endpoints_;
   std::uint64_t session_ = 0;
+  int taken_ = 0;
 };
 
 }  // namespace rtps_test

@@ -3,8 +3,7 @@
 namespace dds {
 
 namespace {
-thread_local Notifications* innermost = nullptr;              // whose calls this thread is making
-thread_local CallbackExecutor* executor_of_thread = nullptr;  // while it makes the calls of one
+thread_local Notifications* innermost = nullptr;  // whose calls this thread is making
 }  // namespace
 
 bool CallbackList::remove(const Callback& callback) {
@@ -29,20 +28,16 @@ void Notifications::run_callbacks() {
   innermost = outer_;
 }
 
-void Notifications::run(CallbackList& callbacks, CallbackExecutor& executor) {
-  executor_of_thread = &executor;
-  {
-    Notifications notifications;
-    notifications.callbacks_.append(callbacks);
-  }
-  executor_of_thread = nullptr;
+void Notifications::run(Callback* callback) {
+  Notifications notifications;
+  notifications.call(callback);
 }
 
 bool Notifications::withdraw(const Callback& callback) {
   for (Notifications* running = innermost; running != nullptr; running = running->outer_) {
     if (running->callbacks_.remove(callback)) { return true; }
   }
-  return executor_of_thread != nullptr && executor_of_thread->withdraw(callback);
+  return false;
 }
 
 }  // namespace dds

@@ -56,7 +56,7 @@ class CallbackExecutor {
   virtual ~CallbackExecutor() = default;
   /// Takes the calls over. Under no lock.
   virtual void post(CallbackList& callbacks) noexcept = 0;
-  /// Takes out a call that has been posted and not begun; false when there is none.
+  /// Takes out a call that has been posted and not begun; false when there is none. On any thread, under any lock.
   virtual bool withdraw(const Callback& callback) noexcept = 0;
 };
 
@@ -78,6 +78,8 @@ class DDS_EXPORT Notifications {
     if (!callbacks_.empty()) { run_callbacks(); }
   }
 
+  /// Who makes the calls; null when this does.
+  CallbackExecutor* executor() const { return executor_; }
   /// Tells a wait set that one of its conditions turned true.
   void signal(WaitSetCore* wait_set) {
     if (!wait_set->signal()) { return; }
@@ -89,8 +91,8 @@ class DDS_EXPORT Notifications {
     sleepers_[sleeper_count_++] = wait_set;
   }
   void call(Callback* callback) { callbacks_.push_back(callback); }
-  /// Makes the calls of `callbacks`, on the thread of `executor`, the calling one.
-  static void run(CallbackList& callbacks, CallbackExecutor& executor);
+  /// Makes a call, on the thread of an executor, the calling one.
+  static void run(Callback* callback);
   /// Takes out a call that this thread is going to make once the call that it is in has returned; false when there is
   /// none. The application code in a call may end the object of another that would follow it.
   static bool withdraw(const Callback& callback);

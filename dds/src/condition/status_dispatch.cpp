@@ -39,13 +39,25 @@ DDS_StatusMask StatusDispatch::silence() {
   if (in_listener()) { return former; }
   std::uint32_t state = state_.load(std::memory_order_acquire);
   while ((state & kRunning) != 0) {
+    // A call may be on its way to a thread that is in no hurry, or waits for this one: it is taken back there.
+    const bool elsewhere = withdraw_call();
+    state = state_.load(std::memory_order_acquire);
+    if ((state & kRunning) == 0) { break; }
     if (state_.compare_exchange_weak(state, state | kAwaited, std::memory_order_acq_rel)) {
-      Deadline never(DDS_DURATION_INFINITE);
-      futex_wait(state_, state | kAwaited, never);
+      Deadline deadline(elsewhere ? DDS_Duration_t{0, 1000000} : DDS_DURATION_INFINITE);
+      futex_wait(state_, state | kAwaited, deadline);
       state = state_.load(std::memory_order_acquire);
     }
   }
   return former;
+}
+
+// Whether another thread than one of the application's is to make the call.
+bool StatusDispatch::withdraw_call() {
+  Notifications notifications;
+  const MutexLock lock(lock_);
+  if (executor_ != nullptr && executor_->withdraw(*this)) { drop_calls(notifications); }
+  return executor_ != nullptr;
 }
 
 void StatusDispatch::resume(DDS_StatusMask mask) {

@@ -27,6 +27,7 @@ class StatusDispatch : public Callback {
     if ((mask_.load(std::memory_order_relaxed) & status) == 0) {
       change(changes_ | status, notifications);
     } else if ((state_.fetch_or(status | kRunning, std::memory_order_acq_rel) & kRunning) == 0) {
+      executor_ = notifications.executor();
       notifications.call(this);
     }
   }
@@ -89,12 +90,14 @@ class StatusDispatch : public Callback {
   void tell_all(DDS_StatusMask statuses);
   void leave_changed(DDS_StatusMask status);
   void drop_calls(Notifications& notifications);
+  bool withdraw_call();
 
   const RefPtr<OwnerLock> owner_lock_;
   Mutex& lock_;                          // the same
   std::atomic<DDS_StatusMask> mask_{0};  // changed under lock_, which guards the next two
   DDS_StatusMask changes_ = 0;
   DDS_StatusMask enabled_ = DDS_STATUS_MASK_ALL;
+  CallbackExecutor* executor_ = nullptr;  // whose thread makes the call that is pending; changed under lock_
   std::atomic<std::uint32_t> state_{0};
   std::atomic<const void*> teller_{nullptr};  // the thread in a call of the listener
   Condition condition_;

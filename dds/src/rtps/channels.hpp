@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "rtps/engine.hpp"
-#include "rtps/listener_thread.hpp"
+#include "rtps/listener_threads.hpp"
 #include "rtps/peer.hpp"
 #include "util/futex.hpp"
 #include "util/mutex.hpp"
@@ -14,13 +14,13 @@ namespace dds::rtps {
 class EngineChannel final : public Channel {
  public:
   /// `listeners` logs what goes wrong.
-  EngineChannel(std::unique_ptr<EngineWriter> writer, ListenerThread& listeners)
+  EngineChannel(std::unique_ptr<EngineWriter> writer, ListenerThreads& listeners)
       : writer_(std::move(writer)), listeners_(listeners) {}
   void send(Packet packet) override;
 
  private:
   const std::unique_ptr<EngineWriter> writer_;
-  ListenerThread& listeners_;
+  ListenerThreads& listeners_;
 };
 
 /// The channel of a participant to itself.

@@ -78,17 +78,20 @@ class RtpsWriter final : public TransportWriter {
     bool bounded = false;   // one of its readers may be full
     Packet packet;          // empty when only best-effort readers go without it
   };
-  /// A sample that waits for places in the readers of other participants. The writer's lock guards it, but for the
-  /// event.
+  /// A sample that needs places in readers of other participants that may be full. The writer's lock guards it, but for
+  /// the event.
   struct Reservation {
-    enum class State { unanswered, waiting, placed, lost };
+    enum class State { none, asked, waiting, placed, lost };
     struct Place {
-      const Peer* peer;
-      State state;
+      std::shared_ptr<Peer> peer;
+      Packet verdict;  // made beforehand: whether the sample is to be delivered there
+      std::uint64_t token = 0;
+      State state = State::none;
     };
     bool any(State state) const;
+    /// Whether the sample has a place wherever it needs one.
+    bool complete() const { return !any(State::none) && !any(State::asked) && !any(State::waiting); }
 
-    std::uint64_t token = 0;
     std::vector<Place> places;
     EventCount changed;
   };
@@ -103,10 +106,17 @@ class RtpsWriter final : public TransportWriter {
   void add_shipments(const Routes& routes) DDS_REQUIRES(mutex_);
   void find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) DDS_REQUIRES(mutex_);
   bool fill_shipments(Attempt& attempt) DDS_REQUIRES(mutex_);
-  void ask_for_places(Attempt& attempt) DDS_REQUIRES(mutex_);
-  Step await_places(Attempt& attempt) DDS_EXCLUDES(mutex_);
-  Step settle(Attempt& attempt) DDS_EXCLUDES(mutex_);
-  void set_places(Reservation& reservation, const Peer& peer, Reservation::State state) DDS_REQUIRES(mutex_);
+  bool windows_are_open(Attempt& attempt) DDS_REQUIRES(mutex_);
+  void prepare_reservation(Attempt& attempt) DDS_REQUIRES(mutex_);
+  Step reserve_and_write(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  bool find_places(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  void ask_for_places(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  bool await_answers(Attempt& attempt, Deadline& answers) DDS_EXCLUDES(mutex_);
+  const Peer* wait_for_one(Attempt& attempt) DDS_EXCLUDES(mutex_);
+  bool await_place(Attempt& attempt, const Peer& peer) DDS_EXCLUDES(mutex_);
+  Step settle(Attempt& attempt, bool placed) DDS_EXCLUDES(mutex_);
+  void give_back(Reservation::Place& place) DDS_REQUIRES(mutex_);
+  Packet copy_packet(const Packet& packet) const;
   DDS_SampleIdentity_t next_identity() DDS_REQUIRES(mutex_);
 
   Hub& hub_;
@@ -120,7 +130,8 @@ class RtpsWriter final : public TransportWriter {
   // requester and to no other, and costs the same however many there are.
   std::unordered_map<DDS_GUID_t, Routes, GuidHash, GuidEqual> by_related_writer_ DDS_GUARDED_BY(mutex_);
   Routes others_ DDS_GUARDED_BY(mutex_);
-  std::unordered_set<DDS_GUID_t, GuidHash, GuidEqual> connected_ DDS_GUARDED_BY(mutex_);  // readers
+  // Readers, by this process's handle: GUIDs are only what others say.
+  std::unordered_set<DDS_InstanceHandle_t> connected_ DDS_GUARDED_BY(mutex_);
   std::atomic<std::size_t> reader_count_{0};
   std::vector<Shipment> shipments_ DDS_GUARDED_BY(mutex_);  // scratch of one write
   std::vector<Reservation*> reservations_ DDS_GUARDED_BY(mutex_);

@@ -239,6 +239,8 @@ std::string configuration(const EngineConfig& config) {
       "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>";
   // As long as writing goes on, the engine asks for no acknowledgements: a full window waits for the heartbeat.
   xml += "<HeartbeatInterval min=\"1ms\" minsched=\"1ms\" max=\"100ms\">1ms</HeartbeatInterval>";
+  // Those who wait for what is on its way do so before they delete a writer, all at once.
+  xml += "<WriterLingerDuration>0s</WriterLingerDuration>";
   xml += "<NackDelay>5ms</NackDelay><AckDelay>100us</AckDelay>";
   xml += "</Internal></Domain>";
   return xml;
@@ -325,7 +327,10 @@ namespace {
 bool write_to(dds_entity_t writer, Packet packet) {
   auto* data = static_cast<ddsi_serdata*>(packet.release());
   hand_over(data);
-  return dds_writecdr(writer, data) == DDS_RETCODE_OK;
+  const dds_return_t written = dds_writecdr(writer, data);
+  // A writer that is not there any more does not take the reference.
+  if (written == DDS_RETCODE_BAD_PARAMETER || written == DDS_RETCODE_ALREADY_DELETED) { ddsi_serdata_unref(data); }
+  return written == DDS_RETCODE_OK;
 }
 
 }  // namespace
@@ -386,7 +391,7 @@ bool open_domain(std::uint32_t instance, const EngineConfig& wanted, dds_entity_
     error = std::string("the engine refuses its configuration: ") + reason(domain);
     return false;
   }
-  return !config.interface_name.empty() || watch.confine("lo", config.receive_buffer_size, error);
+  return watch.adopt(config.interface_name.empty() ? "lo" : nullptr, config.receive_buffer_size, error);
 }
 
 }  // namespace

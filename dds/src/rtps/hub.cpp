@@ -62,18 +62,25 @@ Hub::~Hub() {
   ending_.store(true, std::memory_order_release);
   call_control();
   if (control_thread_.joinable()) { control_thread_.join(); }
-  Peers peers;
-  {
-    Told told(*this);
-    const MutexLock lock(mutex_);
-    for (const auto& known : peers_) { forget_endpoints(*known.second, told); }
-    peers.swap(peers_);
-  }
   {
     const MutexLock lock(bindings_mutex_);
     bindings_.clear();
   }
+  Peers peers;
+  {
+    Told told(*this);
+    const MutexLock lock(mutex_);
+    for (const auto& known : peers_) {
+      known.second->gone = true;
+      forget_endpoints(*known.second, told);
+    }
+    peers.swap(peers_);
+  }
   if (engine_ != nullptr) { engine_->stop_receiving(); }
+  // What is on its way is given a second to arrive, altogether.
+  Deadline flushed({1, 0});
+  flushed.end();
+  for (const auto& known : peers) { known.second->window()->drain(flushed); }
   self_.reset();
   peers.clear();
   graveyard_.empty();
@@ -211,12 +218,17 @@ bool Hub::add_remote(const std::shared_ptr<Peer>& peer, bool is_writer, const DD
   Topic& topic = topics_[remote->endpoint.topic_name];
   std::vector<RemoteEndpoint*>& ends = is_writer ? topic.remote_writers : topic.remote_readers;
   reserve_one(ends, ends.size());
-  const RemoteEndpoint& added = *remote;
-  if (is_writer) {
-    peer->inbound().add_writer(guid, added.handle, added.endpoint.publication, added.endpoint.reliable);
-  }
-  ends.push_back(remote.get());
+  RemoteEndpoint& added = *remote;
   peer->endpoints.emplace(guid, std::move(remote));
+  ends.push_back(&added);
+  if (is_writer) {
+    try {
+      peer->inbound().add_writer(guid, added.handle, added.endpoint.publication, added.endpoint.reliable);
+    } catch (const std::bad_alloc&) {
+      remove_remote(*peer, guid, told);
+      throw;
+    }
+  }
   if (is_writer) {
     for (RtpsReader* reader : topic.readers) { match(*reader, added, told); }
   } else {
@@ -262,9 +274,10 @@ Hub::Whereabouts Hub::find_writer(const DDS_GUID_t& writer) {
   return Whereabouts::unknown;
 }
 
-bool Hub::has_peer(const DDS_GUID_t& address) {
+std::uint64_t Hub::session_with(const DDS_GUID_t& address) {
   const MutexLock lock(mutex_);
-  return peers_.count(address) != 0;
+  const auto found = peers_.find(address);
+  return found == peers_.end() ? 0 : found->second->session;
 }
 
 void Hub::log(const char* context, const char* text) noexcept {

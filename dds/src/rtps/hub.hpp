@@ -12,7 +12,7 @@
 #include "rtps/channels.hpp"
 #include "rtps/endpoints.hpp"
 #include "rtps/engine.hpp"
-#include "rtps/listener_thread.hpp"
+#include "rtps/listener_threads.hpp"
 #include "rtps/peer.hpp"
 
 namespace dds::rtps {
@@ -49,7 +49,9 @@ class Hub final : public EngineEvents, public SpaceListener {
   /// Happens whenever a way to a participant opens, or a participant goes.
   EventCount& openings() { return openings_; }
   /// Whether there is a channel to the participant of that address.
-  bool has_peer(const DDS_GUID_t& address) DDS_EXCLUDES(mutex_);
+  bool has_peer(const DDS_GUID_t& address) DDS_EXCLUDES(mutex_) { return session_with(address) != 0; }
+  /// Our session with it; 0 when there is no channel.
+  std::uint64_t session_with(const DDS_GUID_t& address) DDS_EXCLUDES(mutex_);
   void count_vanished_reply() { vanished_replies_.fetch_add(1, std::memory_order_relaxed); }
   DDS_TransportStatistics statistics() const;
 
@@ -59,7 +61,7 @@ class Hub final : public EngineEvents, public SpaceListener {
       DDS_EXCLUDES(inbox_mutex_);
   void on_writer_lost(std::uint64_t writer) noexcept override DDS_EXCLUDES(inbox_mutex_, bindings_mutex_);
   void on_matches_changed() noexcept override { call_control(); }
-  void on_space() noexcept override { ask_control(kPlaces); }
+  void on_space() noexcept override;
 
  private:
   /// Where the endpoints of a topic meet.
@@ -138,7 +140,7 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::vector<std::shared_ptr<Peer>> all_peers() DDS_EXCLUDES(mutex_);
 
   const DDS_GUID_t address_;
-  ListenerThread listeners_;
+  ListenerThreads listeners_;
   std::unique_ptr<Engine> engine_;
   Graveyard graveyard_{control_event_};
   std::shared_ptr<Peer> self_;
@@ -176,7 +178,7 @@ struct Hub::Told {
   void mismatch(const std::string& topic_name, const char* reason) {
     listeners.log("match", "writer and reader of topic \"" + topic_name + "\" do not match: " + reason);
   }
-  ListenerThread& listeners;
+  ListenerThreads& listeners;
   Notifications notifications;
 };
 

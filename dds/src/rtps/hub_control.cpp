@@ -1,9 +1,10 @@
 // The control thread of a participant: finds the others, makes sure of them, and does what must not be done on the
 // engine's threads. It calls no application code and waits for nobody.
 
+#include <sys/random.h>
+
 #include <algorithm>
 #include <new>
-#include <random>
 
 #include "rtps/hub.hpp"
 
@@ -16,11 +17,11 @@ constexpr std::int64_t kMillisecond = 1000000;
 std::int64_t now() { return clock_nanoseconds(CLOCK_MONOTONIC); }
 
 std::uint64_t draw_session() {
-  std::random_device random;
-  for (;;) {
-    const std::uint64_t session = std::uint64_t{random()} << 32 | random();
-    if (session != 0) { return session; }
+  std::uint64_t session = 0;
+  while (session == 0) {
+    if (getrandom(&session, sizeof(session), 0) != sizeof(session)) { session = 0; }
   }
+  return session;
 }
 
 // Often while it is likely that the other is just coming up, then seldom.
@@ -201,6 +202,7 @@ void Hub::lose(std::uint64_t writer) {
     if (peer->inbound_writer == writer) { lost = peer; }
   }
   if (lost == nullptr) { return; }
+  lost->gone = true;
   leave_readers(*lost, told);
   forget_endpoints(*lost, told);
   {
@@ -236,11 +238,18 @@ void Hub::restart(Peer& peer, Told& told) {
 
 // The other hears us: from here on everything arrives. It learns of our endpoints before anything of them comes.
 void Hub::open_way(const std::shared_ptr<Peer>& peer, Told& told) {
-  peer->open = true;
-  for (const auto& [name, topic] : topics_) {
-    for (const RtpsWriter* writer : topic.writers) { send_endpoint(*peer, true, writer->guid(), writer->endpoint()); }
-    for (const RtpsReader* reader : topic.readers) { send_endpoint(*peer, false, reader->guid(), reader->endpoint()); }
+  try {
+    for (const auto& [name, topic] : topics_) {
+      for (const RtpsWriter* writer : topic.writers) { send_endpoint(*peer, true, writer->guid(), writer->endpoint()); }
+      for (const RtpsReader* reader : topic.readers) {
+        send_endpoint(*peer, false, reader->guid(), reader->endpoint());
+      }
+    }
+  } catch (const std::bad_alloc&) {
+    restart(*peer, told);  // from the beginning, in a session of which nothing has been said
+    throw;
   }
+  peer->open = true;
   for (const auto& known : peer->endpoints) {
     const RemoteEndpoint& remote = *known.second;
     if (remote.is_writer) { continue; }
@@ -255,14 +264,11 @@ std::int64_t Hub::greet() {
   const MutexLock lock(mutex_);
   for (const auto& [address, peer] : peers_) {
     if (peer == self_) { continue; }
-    if (peer->heard && !peer->open) {
-      open_way(peer, told);
-      peer->hello_due = true;
-    }
+    const bool opens = peer->heard && !peer->open;
     const bool settled = peer->open && peer->told_session == peer->their_session;
     if (!peer->hello_due && settled) { continue; }
     const std::int64_t time = now();
-    if (peer->hello_due || peer->next_hello <= time) {
+    if (opens || peer->hello_due || peer->next_hello <= time) {
       unsigned char octets[kHelloSize];
       encode(Hello{peer->session, peer->their_session}, octets);
       Prefix prefix;
@@ -270,9 +276,11 @@ std::int64_t Hub::greet() {
       prefix.identity.writer_guid = address_;
       peer->send(make_frame(prefix, {octets, sizeof(octets)}));
       peer->hello_due = false;
-      if (peer->open) { peer->told_session = peer->their_session; }
+      // Through an open way it surely arrives, and before what follows it.
+      if (peer->heard) { peer->told_session = peer->their_session; }
       peer->next_hello = time + pause_after(peer->hellos++);
     }
+    if (opens) { open_way(peer, told); }
     if (!peer->open) { next = std::min(next, peer->next_hello); }
   }
   return next;
@@ -285,10 +293,23 @@ std::vector<std::shared_ptr<Peer>> Hub::all_peers() {
   return peers;
 }
 
+namespace {
+thread_local bool finding_places = false;
+}
+
+// While places are tried, those that are given back have been taken just before: nobody has gained room.
+void Hub::on_space() noexcept {
+  if (!finding_places) { ask_control(kPlaces); }
+}
+
 void Hub::find_places() {
   for (const std::shared_ptr<Peer>& peer : all_peers()) {
     std::vector<Inbound::Answer> answers;
-    peer->inbound().try_reservations(answers);
+    finding_places = true;
+    try {
+      peer->inbound().try_reservations(answers);
+    } catch (const std::bad_alloc&) { ask_control(kPlaces); }
+    finding_places = false;
     for (const Inbound::Answer& answer : answers) {
       Prefix prefix;
       prefix.kind = answer.placed ? FrameKind::placed : FrameKind::waits;

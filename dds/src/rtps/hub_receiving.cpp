@@ -27,7 +27,7 @@ void Hub::on_packet(std::uint64_t writer, const unsigned char* octets, std::size
       receive(peer, prefix, payload);
     }
     // Otherwise it was sent to one who has been forgotten.
-  } catch (const std::bad_alloc&) { log("receive", "out of memory: a message is lost"); }
+  } catch (const std::exception&) { log("receive", "out of memory: a message is lost"); }
 }
 
 void Hub::receive(const std::shared_ptr<Peer>& peer, const Prefix& prefix, Octets payload) {
@@ -82,6 +82,7 @@ bool Hub::receive_endpoint(const std::shared_ptr<Peer>& peer, const Prefix& pref
   const DDS_GUID_t& guid = prefix.identity.writer_guid;
   Told told(*this);
   const MutexLock lock(mutex_);
+  if (peer->gone) { return true; }
   if (prefix.kind == FrameKind::withdrawn) { return remove_remote(*peer, guid, told); }
   return add_remote(peer, prefix.kind == FrameKind::writer, guid, payload, told);
 }
@@ -114,15 +115,14 @@ bool Hub::receive_hello(std::uint64_t writer, const Prefix& prefix, Octets paylo
     const bool anew = peer.their_session != hello.session;
     if (anew) { forget_endpoints(peer, told); }
     peer.their_session = hello.session;
-    {
-      const MutexLock bindings(bindings_mutex_);
-      if (peer.inbound_writer != writer) { bindings_.erase(peer.inbound_writer); }
-      peer.inbound_writer = writer;
-      bindings_[writer] = found->second;
-    }
     peer.heard = hello.heard == peer.session;
     // It has forgotten, or never known, what was told in this session.
     if (peer.open && (anew || !peer.heard)) { restart(peer, told); }
+    // What it says counts from when it has heard us: before, it may be what was meant for an earlier session.
+    const MutexLock bindings(bindings_mutex_);
+    if (peer.inbound_writer != writer || !peer.heard) { bindings_.erase(peer.inbound_writer); }
+    peer.inbound_writer = writer;
+    if (peer.heard) { bindings_[writer] = found->second; }
     peer.hello_due = peer.hello_due || anew || !peer.heard || !peer.open;
   }
   call_control();

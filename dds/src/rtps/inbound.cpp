@@ -31,9 +31,10 @@ void Inbound::add_writer(const DDS_GUID_t& writer, DDS_InstanceHandle_t handle, 
 }
 
 void Inbound::drop(Writer& writer, Notifications& notifications) {
-  for (Parked& parked : writer.parked) { RouteTable::cancel(parked.targets); }
+  for (Parked& parked : writer.parked) { cancel(parked); }
   writer.parked.clear();
   writer.routes.remove_all(notifications);
+  writer.bounded.remove_all(notifications);
 }
 
 void Inbound::remove_writer(const DDS_GUID_t& writer, Notifications& notifications) {
@@ -59,7 +60,9 @@ void Inbound::connect(const DDS_GUID_t& guid, RtpsReader& reader, Notifications&
     writer->type_copy = reader.sink().type();
     writer->type = &writer->type_copy;
   }
-  writer->routes.add(reader.sink(), reader.filter(), writer->handle, writer->data, writer->reliable, notifications);
+  const bool asked = reader.endpoint().bounded && reader.endpoint().reliable && writer->reliable;
+  RouteTable& routes = asked ? writer->bounded : writer->routes;
+  routes.add(reader.sink(), reader.filter(), writer->handle, writer->data, writer->reliable, notifications);
 }
 
 void Inbound::disconnect(RtpsReader& reader, Notifications& notifications) {
@@ -67,13 +70,18 @@ void Inbound::disconnect(RtpsReader& reader, Notifications& notifications) {
   for (const auto& known : writers_) {
     Writer& writer = *known.second;
     for (Parked& parked : writer.parked) {
-      const auto held = std::find_if(parked.targets.begin(), parked.targets.end(),
-                                     [&](const RouteTable::Target& target) { return target.reader == &reader.sink(); });
-      if (held == parked.targets.end()) { continue; }
-      held->reader->cancel(held->reservation);
-      parked.targets.erase(held);
+      for (RouteTable::Targets* targets : {&parked.targets, &parked.bounded_targets}) {
+        const auto held = std::find_if(targets->begin(), targets->end(), [&](const RouteTable::Target& target) {
+          return target.reader == &reader.sink();
+        });
+        if (held == targets->end()) { continue; }
+        held->reader->cancel(held->reservation);
+        targets->erase(held);
+      }
     }
-    writer.routes.remove(reader.sink(), reader.filter(), notifications);
+    if (!writer.routes.remove(reader.sink(), reader.filter(), notifications)) {
+      writer.bounded.remove(reader.sink(), reader.filter(), notifications);
+    }
   }
 }
 
@@ -102,13 +110,7 @@ Inbound::Outcome Inbound::deliver(const Prefix& prefix, Octets payload, Notifica
   switch (writer->routes.deliver(message, blocked, notifications)) {
     case Admission::no_memory:
       throw std::bad_alloc();
-    case Admission::full: {
-      // The sender has not asked for room first, as it must.
-      Deadline none({0, 0});
-      blocked.reader->wait_for_space(blocked.ticket, none);
-      return Outcome::malformed;
-    }
-    default:
+    default:  // none of these readers is ever full
       return Outcome::taken;
   }
 }
@@ -117,14 +119,16 @@ Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
   const MutexLock lock(mutex_);
   Writer* writer = find(prefix.identity.writer_guid);
   if (writer == nullptr) { return Outcome::unknown_writer; }
+  Outcome outcome = Outcome::taken;
   Parked parked;
   parked.token = prefix.token;
-  if (!writer->routes.empty()) {
+  if (!writer->routes.empty() || !writer->bounded.empty()) {
     parked.message = make_message(*writer, prefix, payload);
-    if (parked.message.get() == nullptr) { return Outcome::malformed; }
+    // It is parked all the same, as one that nobody takes: its writer is not to wait for it.
+    if (parked.message.get() == nullptr) { outcome = Outcome::malformed; }
   }
   writer->parked.push_back(std::move(parked));
-  return Outcome::taken;
+  return outcome;
 }
 
 Inbound::Outcome Inbound::commit(const Prefix& prefix, Notifications& notifications) {
@@ -137,6 +141,7 @@ Inbound::Outcome Inbound::commit(const Prefix& prefix, Notifications& notificati
   // Nobody has looked at the message yet.
   if (parked->message.get() != nullptr) { parked->message->identity = prefix.identity; }
   RouteTable::commit(parked->targets, notifications);
+  RouteTable::commit(parked->bounded_targets, notifications);
   writer->parked.erase(parked);
   return Outcome::taken;
 }
@@ -148,9 +153,32 @@ Inbound::Outcome Inbound::cancel(const Prefix& prefix) {
   const auto parked = std::find_if(writer->parked.begin(), writer->parked.end(),
                                    [&](const Parked& known) { return known.token == prefix.token; });
   if (parked == writer->parked.end()) { return Outcome::malformed; }
-  RouteTable::cancel(parked->targets);
+  cancel(*parked);
   writer->parked.erase(parked);
   return Outcome::taken;
+}
+
+void Inbound::cancel(Parked& parked) {
+  RouteTable::cancel(parked.targets);
+  RouteTable::cancel(parked.bounded_targets);
+}
+
+// A place in every reader, or in none.
+Admission Inbound::place(const Writer& writer, Parked& parked) {
+  if (parked.message.get() == nullptr) { return Admission::accepted; }
+  RouteTable::Blocked blocked;
+  Admission admission = writer.bounded.reserve(*parked.message, parked.bounded_targets, blocked);
+  if (admission == Admission::accepted) {
+    try {
+      admission = writer.routes.reserve(*parked.message, parked.targets, blocked);
+    } catch (const std::bad_alloc&) { admission = Admission::no_memory; }
+    if (admission != Admission::accepted) { RouteTable::cancel(parked.bounded_targets); }
+  }
+  if (admission == Admission::full) {
+    Deadline none({0, 0});
+    blocked.reader->wait_for_space(blocked.ticket, none);
+  }
+  return admission;
 }
 
 void Inbound::try_reservations(std::vector<Answer>& answers) {
@@ -159,17 +187,9 @@ void Inbound::try_reservations(std::vector<Answer>& answers) {
     for (Parked& parked : writer->parked) {
       if (parked.placed) { continue; }
       reserve_one(answers, answers.size());
-      RouteTable::Blocked blocked;
-      const Admission admission = parked.message.get() == nullptr
-                                      ? Admission::accepted
-                                      : writer->routes.reserve(*parked.message, parked.targets, blocked);
-      parked.placed = admission == Admission::accepted;
+      parked.placed = place(*writer, parked) == Admission::accepted;
       if (parked.placed || !parked.told) { answers.push_back({guid, parked.token, parked.placed}); }
       parked.told = true;
-      if (admission == Admission::full) {
-        Deadline none({0, 0});
-        blocked.reader->wait_for_space(blocked.ticket, none);
-      }
     }
   }
 }

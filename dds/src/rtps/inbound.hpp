@@ -52,6 +52,7 @@ class Inbound {
     std::uint64_t token = 0;
     RefPtr<Message> message;
     RouteTable::Targets targets;
+    RouteTable::Targets bounded_targets;
     bool placed = false;
     bool told = false;  // the sender knows that it waits
   };
@@ -60,7 +61,8 @@ class Inbound {
     DDS_InstanceHandle_t handle = DDS_HANDLE_NIL;
     PublicationData data;
     bool reliable = false;
-    RouteTable routes;
+    RouteTable routes;                     // to readers that take what comes
+    RouteTable bounded;                    // to readers that may be full, which are asked for a place first
     MessagePool* pool = nullptr;           // from the first match on
     const DDS_TypePlugin* type = nullptr;  // the same time; of a reader that is or was matched
     DDS_TypePlugin type_copy{};
@@ -71,6 +73,8 @@ class Inbound {
   /// A message of what has come; null when it does not decode.
   static RefPtr<Message> make_message(Writer& writer, const Prefix& prefix, Octets payload);
   static void drop(Writer& writer, Notifications& notifications);
+  static void cancel(Parked& parked);
+  static ReaderCore::Admission place(const Writer& writer, Parked& parked);
 
   Mutex mutex_;
   std::unordered_map<DDS_GUID_t, std::unique_ptr<Writer>, GuidHash, GuidEqual> writers_ DDS_GUARDED_BY(mutex_);

@@ -49,6 +49,7 @@ class Peer : public std::enable_shared_from_this<Peer> {
   std::uint64_t told_session = 0;   // the one of theirs that they surely know we have heard
   bool heard = false;               // it says that it hears our session
   bool open = false;                // besides, it has been told of our endpoints
+  bool gone = false;                // nothing that is still under way from it counts
   bool hello_due = false;
   unsigned hellos = 0;               // sent in this session
   std::int64_t next_hello = 0;       // on the monotonic clock, in nanoseconds

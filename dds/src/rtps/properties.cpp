@@ -40,7 +40,8 @@ bool read_peers(std::string_view text, std::vector<std::string>& peers) {
 bool read_own(std::string_view name, std::string_view value, EngineConfig& config) {
   constexpr std::uint32_t most_buffer = 1u << 30;
   if (name == "interface") {
-    config.interface_name = value;
+    // The loopback interface by any of its names is the default.
+    config.interface_name = value == "lo" || value == "127.0.0.1" ? std::string_view() : value;
     return !value.empty();
   }
   if (name == "peers") { return read_peers(value, config.peers); }

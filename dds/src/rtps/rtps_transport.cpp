@@ -28,7 +28,7 @@ class RtpsTransport final : public Transport {
   const std::unique_ptr<Hub> hub_;
 };
 
-void log_engine_line(const char* line) { ListenerThread::log_somewhere("engine", line); }
+void log_engine_line(const char* line) { ListenerThreads::log_somewhere("engine", line); }
 
 }  // namespace
 

@@ -4,14 +4,13 @@
 
 #include "rtps/endpoints.hpp"
 #include "rtps/hub.hpp"
+#include "rtps/writer_attempt.hpp"
 #include "util/entity_ids.hpp"
 #include "util/reserve_one.hpp"
 
 namespace dds::rtps {
 
 namespace {
-
-constexpr DDS_Duration_t kTimeToAnswer{0, 20000000};
 
 bool is_guid(const DDS_GUID_t& guid) {
   return !DDS_GUID_equals(&guid, &DDS_GUID_UNKNOWN) && !DDS_GUID_equals(&guid, &DDS_GUID_AUTO);
@@ -25,25 +24,6 @@ struct Clearing {
 };
 
 }  // namespace
-
-/// What a write has come to, from one try to the next.
-struct RtpsWriter::Attempt {
-  /// A copy for one participant, while places are waited for.
-  struct Held {
-    std::shared_ptr<Peer> peer;
-    Packet packet;   // of the sample; empty when it has been sent to find its place
-    Packet verdict;  // whether it is to be delivered there; empty when it needs no place
-  };
-
-  const WrittenSample& sample;
-  DDS_SampleIdentity_t& assigned;
-  Deadline& deadline;
-  Packet packet;        // of the sample, once somebody wants it
-  RefPtr<Window> full;  // to be waited for, with the ticket
-  std::uint32_t ticket = 0;
-  std::vector<Held> held;
-  Reservation reservation;
-};
 
 RtpsWriter::RtpsWriter(Hub& hub, const TopicKey& key, WriterCore& sink) : hub_(hub), sink_(sink) {
   endpoint_.topic_name = key.topic_name;
@@ -74,18 +54,25 @@ void RtpsWriter::connect(const RemoteEndpoint& reader, Notifications& notificati
   {
     const MutexLock lock(mutex_);
     reserve_one(shipments_, connected_.size());
-    connected_.insert(reader.guid);
-    change(is_guid(related) ? by_related_writer_[related] : others_, reader, 1);
+    Routes& routes = is_guid(related) ? by_related_writer_[related] : others_;
+    reserve_one(routes, routes.size());
+    connected_.insert(reader.handle);
+    change(routes, reader, 1);
     reader_count_.store(connected_.size(), std::memory_order_relaxed);
   }
-  sink_.add_reader(reader.handle, reader.endpoint.subscription, notifications);
+  try {
+    sink_.add_reader(reader.handle, reader.endpoint.subscription, notifications);
+  } catch (const std::bad_alloc&) {
+    disconnect(reader, notifications);
+    throw;
+  }
 }
 
 void RtpsWriter::disconnect(const RemoteEndpoint& reader, Notifications& notifications) {
   const DDS_GUID_t& related = reader.endpoint.subscription->related_writer_guid;
   {
     const MutexLock lock(mutex_);
-    if (connected_.erase(reader.guid) == 0) { return; }
+    if (connected_.erase(reader.handle) == 0) { return; }
     if (is_guid(related)) {
       const auto routes = by_related_writer_.find(related);
       change(routes->second, reader, -1);
@@ -96,30 +83,6 @@ void RtpsWriter::disconnect(const RemoteEndpoint& reader, Notifications& notific
     reader_count_.store(connected_.size(), std::memory_order_relaxed);
   }
   sink_.remove_reader(reader.handle, notifications);
-}
-
-bool RtpsWriter::Reservation::any(State state) const {
-  return std::any_of(places.begin(), places.end(), [=](const Place& place) { return place.state == state; });
-}
-
-void RtpsWriter::set_places(Reservation& reservation, const Peer& peer, Reservation::State state) {
-  for (Reservation::Place& place : reservation.places) {
-    if (place.peer == &peer) { place.state = state; }
-  }
-  reservation.changed.notify();
-}
-
-void RtpsWriter::on_answer(std::uint64_t token, const Peer& peer, bool placed) {
-  const MutexLock lock(mutex_);
-  for (Reservation* reservation : reservations_) {
-    if (reservation->token != token) { continue; }
-    set_places(*reservation, peer, placed ? Reservation::State::placed : Reservation::State::waiting);
-  }
-}
-
-void RtpsWriter::on_peer_lost(const Peer& peer) {
-  const MutexLock lock(mutex_);
-  for (Reservation* reservation : reservations_) { set_places(*reservation, peer, Reservation::State::lost); }
 }
 
 DDS_SampleIdentity_t RtpsWriter::next_identity() { return {guid(), to_sequence_number(++last_number_)}; }
@@ -140,14 +103,17 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
     }
     try {
       Step step = try_write(attempt);
-      if (step == Step::reserve) { step = await_places(attempt); }
+      if (step == Step::reserve) { step = reserve_and_write(attempt); }
       if (step == Step::done) { return DDS_RETCODE_OK; }
       if (step == Step::timed_out) { return DDS_RETCODE_TIMEOUT; }
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
     if (attempt.full.get() == nullptr) { continue; }  // readers came while there was nothing to send to them
     attempt.full->wait(attempt.ticket, deadline);
+    if (deadline.passed()) {
+      attempt.full->give_up();
+      return DDS_RETCODE_TIMEOUT;
+    }
     attempt.full = RefPtr<Window>();
-    if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
   }
 }
 
@@ -224,27 +190,52 @@ void RtpsWriter::find_shipments(MessageKind kind, const DDS_GUID_t& related_writ
   if (found != by_related_writer_.end()) { add_shipments(found->second); }
 }
 
+Packet RtpsWriter::copy_packet(const Packet& packet) const {
+  Packet copy = hub_.make_packet(packet.size());
+  if (!copy) { throw std::bad_alloc(); }
+  std::memcpy(copy.octets(), packet.octets(), packet.size());
+  return copy;
+}
+
 // Gives each participant its copy and room for it in its window, or none: false, and what has to be waited for. Nobody
 // waits for a participant that has only best-effort readers: it goes without.
 bool RtpsWriter::fill_shipments(Attempt& attempt) {
   const std::size_t size = attempt.packet.size();
   for (Shipment& shipment : shipments_) {
-    const RefPtr<Window>& window = shipment.peer->window();
-    const std::uint32_t ticket = window->ticket();
-    if (!window->acquire(size)) {
-      if (!sink_.reliable() || !shipment.reliable) { continue; }
-      attempt.full = RefPtr<Window>(window.get());
+    const bool waits = sink_.reliable() && shipment.reliable;
+    Window& window = *shipment.peer->window();
+    const std::uint32_t ticket = window.ticket();
+    if (!window.acquire(size, waits)) {
+      if (!waits) { continue; }
+      attempt.full = RefPtr<Window>(&window);
       attempt.ticket = ticket;
       return false;
     }
-    const bool last = &shipment == &shipments_.back();
-    shipment.packet = last ? std::move(attempt.packet) : hub_.make_packet(size);
-    if (!shipment.packet) {
-      window->on_released(size);
-      throw std::bad_alloc();
+    try {
+      // The last one is the sample's own packet.
+      shipment.packet = &shipment == &shipments_.back() ? std::move(attempt.packet) : copy_packet(attempt.packet);
+    } catch (const std::bad_alloc&) {
+      window.on_released(size);
+      throw;
     }
-    shipment.packet.notify_release(*window);
-    if (!last) { std::memcpy(shipment.packet.octets(), attempt.packet.octets(), size); }
+    shipment.packet.notify_release(window);
+  }
+  return true;
+}
+
+// Whether there is room for the sample now. What is then sent to find places and after they have been found is not held
+// back: a writer that waits for a place keeps nobody else out of a window.
+bool RtpsWriter::windows_are_open(Attempt& attempt) {
+  const std::size_t size = attempt.packet.size();
+  for (const Shipment& shipment : shipments_) {
+    Window& window = *shipment.peer->window();
+    const std::uint32_t ticket = window.ticket();
+    if (!window.acquire(size, true)) {
+      attempt.full = RefPtr<Window>(&window);
+      attempt.ticket = ticket;
+      return false;
+    }
+    window.on_released(size);
   }
   return true;
 }
@@ -257,13 +248,15 @@ RtpsWriter::Step RtpsWriter::try_write(Attempt& attempt) {
     attempt.assigned = next_identity();
     return Step::done;
   }
-  if (!attempt.packet || !fill_shipments(attempt)) { return Step::again; }
+  if (!attempt.packet) { return Step::again; }
   const bool bounded = sink_.reliable() && std::any_of(shipments_.begin(), shipments_.end(),
                                                        [](const Shipment& shipment) { return shipment.bounded; });
   if (bounded) {
-    ask_for_places(attempt);
+    if (!windows_are_open(attempt)) { return Step::again; }
+    prepare_reservation(attempt);
     return Step::reserve;
   }
+  if (!fill_shipments(attempt)) { return Step::again; }
   // Before a reader has the sample: the answer may come at once.
   attempt.assigned = next_identity();
   for (Shipment& shipment : shipments_) {
@@ -272,74 +265,6 @@ RtpsWriter::Step RtpsWriter::try_write(Attempt& attempt) {
     shipment.peer->send(std::move(shipment.packet));
   }
   return Step::done;
-}
-
-// Participants whose readers may be full get the sample at once, to find it a place. The others get it when it is
-// certain to be delivered everywhere.
-void RtpsWriter::ask_for_places(Attempt& attempt) {
-  Reservation& reservation = attempt.reservation;
-  reservation.token = ++last_token_;
-  reservation.places.reserve(shipments_.size());
-  attempt.held.reserve(shipments_.size());
-  reserve_one(reservations_, reservations_.size());
-  Prefix prefix;
-  prefix.kind = FrameKind::cancel;
-  prefix.identity.writer_guid = guid();
-  prefix.token = reservation.token;
-  for (Shipment& shipment : shipments_) {
-    if (!shipment.packet) { continue; }
-    Packet verdict = shipment.bounded ? hub_.make_frame(prefix) : Packet();
-    attempt.held.push_back({shipment.peer->shared_from_this(), std::move(shipment.packet), std::move(verdict)});
-  }
-  // From here on nothing fails. A filter that looks at the sample's own number sees the one that it would get now.
-  reservations_.push_back(&reservation);
-  for (Attempt::Held& held : attempt.held) {
-    if (!held.verdict) { continue; }
-    reservation.places.push_back({held.peer.get(), Reservation::State::unanswered});
-    encode_number(to_sequence_number(last_number_ + 1), held.packet.octets());
-    encode_kind(FrameKind::reservation, reservation.token, held.packet.octets());
-    held.peer->send(std::move(held.packet));
-  }
-}
-
-// The way there and back is no waiting for room: a participant that is there has the time to answer, whatever the
-// caller allows.
-RtpsWriter::Step RtpsWriter::await_places(Attempt& attempt) {
-  Reservation& reservation = attempt.reservation;
-  Deadline answered(kTimeToAnswer);
-  answered.end();
-  for (;;) {
-    const std::uint32_t ticket = reservation.changed.ticket();
-    bool unanswered = false;
-    {
-      const MutexLock lock(mutex_);
-      unanswered = reservation.any(Reservation::State::unanswered);
-      if (!unanswered && !reservation.any(Reservation::State::waiting)) { break; }
-    }
-    const bool late = attempt.deadline.passed();
-    if (late && (!unanswered || answered.passed())) { break; }
-    reservation.changed.wait(ticket, late ? answered : attempt.deadline);
-  }
-  return settle(attempt);
-}
-
-RtpsWriter::Step RtpsWriter::settle(Attempt& attempt) {
-  Reservation& reservation = attempt.reservation;
-  const MutexLock lock(mutex_);
-  reservations_.erase(std::find(reservations_.begin(), reservations_.end(), &reservation));
-  const bool placed = !reservation.any(Reservation::State::unanswered) && !reservation.any(Reservation::State::waiting);
-  if (placed) { attempt.assigned = next_identity(); }
-  for (Attempt::Held& held : attempt.held) {
-    Packet& sent = held.verdict ? held.verdict : held.packet;
-    if (!placed && !held.verdict) { continue; }
-    const auto place = std::find_if(reservation.places.begin(), reservation.places.end(),
-                                    [&](const Reservation::Place& known) { return known.peer == held.peer.get(); });
-    if (place != reservation.places.end() && place->state == Reservation::State::lost) { continue; }
-    if (placed) { encode_number(attempt.assigned.sequence_number, sent.octets()); }
-    if (placed && held.verdict) { encode_kind(FrameKind::commit, reservation.token, sent.octets()); }
-    held.peer->send(std::move(sent));
-  }
-  return placed ? Step::done : Step::timed_out;
 }
 
 }  // namespace dds::rtps

@@ -1,6 +1,7 @@
 #include "rtps/sockets.hpp"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -55,17 +56,19 @@ std::uint32_t possible_receive_buffer(std::uint32_t wanted) {
 
 SocketWatch::SocketWatch() : before_(open_files()) {}
 
-bool SocketWatch::confine(const char* device, std::uint32_t receive_buffer, std::string& error) const {
+bool SocketWatch::adopt(const char* device, std::uint32_t receive_buffer, std::string& error) const {
   int found = 0;
   for (const int file : open_files()) {
     if (before_.count(file) != 0 || !is_of_engine(file, receive_buffer)) { continue; }
     ++found;
-    if (setsockopt(file, SOL_SOCKET, SO_BINDTODEVICE, device, static_cast<socklen_t>(std::strlen(device))) != 0) {
-      error = "a socket cannot be confined to the loopback interface: " + std::system_category().message(errno);
+    if (fcntl(file, F_SETFD, FD_CLOEXEC) != 0 ||
+        (device != nullptr &&
+         setsockopt(file, SOL_SOCKET, SO_BINDTODEVICE, device, static_cast<socklen_t>(std::strlen(device))) != 0)) {
+      error = "a socket cannot be confined: " + std::system_category().message(errno);
       return false;
     }
   }
-  if (found == 0) { error = "the engine's sockets cannot be confined to the loopback interface: not found"; }
+  if (found == 0) { error = "the engine's sockets are not found"; }
   return found != 0;
 }
 

@@ -15,8 +15,9 @@ std::uint32_t possible_receive_buffer(std::uint32_t wanted);
 class SocketWatch {
  public:
   SocketWatch();
-  /// Lets them receive from that device alone. False, and the reason in `error`, when that fails or none is found.
-  bool confine(const char* device, std::uint32_t receive_buffer, std::string& error) const;
+  /// Keeps them from programs that the process starts, and lets them receive from that device alone, unless it is null.
+  /// False, and the reason in `error`, when that fails or none is found.
+  bool adopt(const char* device, std::uint32_t receive_buffer, std::string& error) const;
 
  private:
   std::set<int> before_;
