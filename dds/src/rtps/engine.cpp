@@ -238,10 +238,10 @@ std::string configuration(const EngineConfig& config) {
   xml +=
       "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>";
   // As long as writing goes on, the engine asks for no acknowledgements: a full window waits for the heartbeat.
-  xml += "<HeartbeatInterval min=\"1ms\" minsched=\"1ms\" max=\"100ms\">1ms</HeartbeatInterval>";
+  xml += "<HeartbeatInterval min=\"5ms\" minsched=\"10ms\" max=\"1s\">10ms</HeartbeatInterval>";
   // Those who wait for what is on its way do so before they delete a writer, all at once.
   xml += "<WriterLingerDuration>0s</WriterLingerDuration>";
-  xml += "<NackDelay>5ms</NackDelay><AckDelay>100us</AckDelay>";
+  xml += "<NackDelay>5ms</NackDelay><AckDelay>1ms</AckDelay>";
   xml += "</Internal></Domain>";
   return xml;
 }
