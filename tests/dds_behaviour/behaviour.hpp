@@ -6,20 +6,24 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include <dds/dds.hpp>
 
+#include "builtin.hpp"
+#include "remote_writer.hpp"
+#include "setting.hpp"
+#include "support/await.hpp"
 #include "support/dds_values.hpp"
-#include "support/scale.hpp"
 #include "support/thread.hpp"
 
 namespace behaviour {
 
 using support::hexadecimal;
 using support::milliseconds;
-using support::scaled;
 using support::Thread;
 
 inline DDSDomainParticipantFactory& factory() { return *DDSDomainParticipantFactory::get_instance(); }
@@ -27,11 +31,13 @@ inline DDSDomainParticipantFactory& factory() { return *DDSDomainParticipantFact
 /// A participant that must be empty enough to go at the end of its scope: an outstanding loan fails the test.
 class Participant {
  public:
-  explicit Participant(DDS_DomainId_t domain = 0)
-      : participant_(factory().create_participant(domain, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE)) {
+  explicit Participant(DDS_DomainId_t domain = support::own_domain())
+      : participant_(factory().create_participant(domain, participant_qos(carrier()), nullptr, DDS_STATUS_MASK_NONE)) {
     if (participant_ == nullptr) { throw std::runtime_error("no participant"); }
+    if (Setting::current() != nullptr) { Setting::current()->join(participant_); }
   }
   ~Participant() {
+    if (Setting::current() != nullptr) { Setting::current()->leave(participant_); }
     EXPECT_EQ(participant_->delete_contained_entities(), DDS_RETCODE_OK);
     EXPECT_EQ(factory().delete_participant(participant_), DDS_RETCODE_OK);
   }
@@ -48,6 +54,13 @@ class Participant {
                                                  DDS_STATUS_MASK_NONE);
     if (topic == nullptr) { throw std::runtime_error("no topic"); }
     return topic;
+  }
+  /// The topic of that name, made when it is not there yet.
+  DDSTopic* find_topic(Builtin type, const char* name, const char* type_name) const {
+    DDSTopic* found = DDSTopic::narrow(participant_->lookup_topicdescription(name));
+    if (found != nullptr) { return found; }
+    EXPECT_EQ(register_builtin(type, participant_, type_name), DDS_RETCODE_OK);
+    return participant_->create_topic(name, type_name, DDS_TOPIC_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE);
   }
   DDSTopic* strings(const char* name) const { return topic<DDSStringTypeSupport>(name); }
   DDSTopic* keyed_strings(const char* name) const { return topic<DDSKeyedStringTypeSupport>(name); }
@@ -67,12 +80,45 @@ class Participant {
   DDSDomainParticipant* participant_;
 };
 
-/// Two participants of a domain, the first with a topic of strings.
+/// Two participants of a domain, the first with a topic of strings, within the process.
 class OneTopic : public ::testing::Test {
  protected:
   const Participant participant, other;
   DDSTopic* topic = participant.strings("Topic");
 };
+
+/// Makes the carrier in a test's parameter, alone or with a further one, what the test runs over. Comes before the
+/// fixture among the bases.
+template <class... Further>
+class OverCarrier
+    : public ::testing::WithParamInterface<
+          std::conditional_t<sizeof...(Further) == 0, support::Carrier, std::tuple<support::Carrier, Further...>>> {
+ protected:
+  OverCarrier() : setting_(carrier_of(OverCarrier::GetParam())) {}
+  auto further() const { return std::get<1>(OverCarrier::GetParam()); }
+
+ private:
+  static const support::Carrier& carrier_of(const support::Carrier& parameter) { return parameter; }
+  template <class Parameter>
+  static const support::Carrier& carrier_of(const Parameter& parameter) {
+    return std::get<0>(parameter);
+  }
+
+  Setting setting_;
+};
+
+/// The same over the carrier under test. `topic` is that of the readers.
+class OneTopicOver : public OverCarrier<>, public OneTopic {};
+
+#define RUN_OVER_EVERY_CARRIER(suite) \
+  INSTANTIATE_TEST_SUITE_P(Over, suite, ::testing::ValuesIn(::support::carriers()), ::support::carrier_name)
+
+/// Repetitions that take about as long over the carrier as `count` do in a plain build within a process.
+inline int scaled(int count) { return carrier().scaled(count); }
+/// For writes that are to time out, or might if they were not given the time that asking a reader takes.
+inline DDS_Duration_t brief(DDS_Duration_t within_a_process) {
+  return carrier().in_process() ? within_a_process : milliseconds(500);
+}
 
 /// Reliable; waits for a full reader as long as it takes unless told otherwise.
 inline DDS_DataWriterQos reliable_writer(DDS_Duration_t max_blocking_time = DDS_DURATION_INFINITE) {
@@ -101,21 +147,39 @@ inline DDS_DataReaderQos best_effort_reader(DDS_Long max_samples = DDS_LENGTH_UN
   return qos;
 }
 
+/// A writer on the topic, at the place that the carrier has for writers, which has met its readers.
 template <class Writer = DDSStringDataWriter>
-Writer* make_writer(DDSTopic* topic, const DDS_DataWriterQos& qos = reliable_writer()) {
-  return Writer::narrow(topic->get_participant()->create_datawriter(topic, qos, nullptr, DDS_STATUS_MASK_NONE));
+Writer* make_writer(DDSTopic* topic, const DDS_DataWriterQos& qos = reliable_writer(),
+                    DDSDataWriterListener* listener = nullptr) {
+  DDSDataWriter* writer =
+      Setting::current() == nullptr
+          ? topic->get_participant()->create_datawriter(
+                topic, qos, listener, listener == nullptr ? DDS_STATUS_MASK_NONE : DDS_STATUS_MASK_ALL)
+          : Setting::current()->create_writer(BuiltinOf<Writer>::type, topic, qos, listener);
+  settle();
+  return Writer::narrow(writer);
 }
+/// A reader that has met its writers.
 template <class Reader = DDSStringDataReader>
 Reader* make_reader(DDSTopicDescription* topic, const DDS_DataReaderQos& qos = keep_all_reader(),
                     DDSDataReaderListener* listener = nullptr, DDS_StatusMask mask = DDS_DATA_AVAILABLE_STATUS) {
-  return Reader::narrow(topic->get_participant()->create_datareader(topic, qos, listener,
-                                                                    listener == nullptr ? DDS_STATUS_MASK_NONE : mask));
+  DDSDataReader* reader = topic->get_participant()->create_datareader(
+      topic, qos, listener, listener == nullptr ? DDS_STATUS_MASK_NONE : mask);
+  settle();
+  return Reader::narrow(reader);
 }
+/// The other ends have heard of it on return.
 inline DDS_ReturnCode_t remove(DDSDataWriter* writer) {
-  return writer->get_topic()->get_participant()->delete_datawriter(writer);
+  auto* remote = dynamic_cast<RemoteWriter*>(writer);
+  const DDS_ReturnCode_t retcode =
+      remote != nullptr ? remote->remove() : writer->get_topic()->get_participant()->delete_datawriter(writer);
+  settle();
+  return retcode;
 }
 inline DDS_ReturnCode_t remove(DDSDataReader* reader) {
-  return reader->get_topicdescription()->get_participant()->delete_datareader(reader);
+  const DDS_ReturnCode_t retcode = reader->get_topicdescription()->get_participant()->delete_datareader(reader);
+  settle();
+  return retcode;
 }
 
 inline DDS_ReturnCode_t write(DDSStringDataWriter* writer, const std::string& value) {
@@ -160,6 +224,7 @@ struct Selection {
 template <class T, class Seq>
 std::vector<Received> collect(DDSTypedDataReader<T, Seq>* reader, bool take, int max_samples = DDS_LENGTH_UNLIMITED,
                               Selection selection = {}, DDSReadCondition* condition = nullptr) {
+  settle();
   Seq data;
   DDS_SampleInfoSeq infos;
   DDS_ReturnCode_t retcode = DDS_RETCODE_OK;
@@ -201,7 +266,10 @@ std::vector<std::string> take_values(Reader* reader) {
 }
 using Strings = std::vector<std::string>;
 
-inline bool has_data(DDSDataReader* reader) { return (reader->get_status_changes() & DDS_DATA_AVAILABLE_STATUS) != 0; }
+inline bool has_data(DDSDataReader* reader) {
+  settle();
+  return (reader->get_status_changes() & DDS_DATA_AVAILABLE_STATUS) != 0;
+}
 
 /// The number of a sequence number whose high half is zero.
 inline std::uint32_t number(const DDS_SampleIdentity_t& identity) {

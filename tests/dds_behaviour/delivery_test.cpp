@@ -9,9 +9,9 @@
 namespace behaviour {
 namespace {
 
-using Delivery = OneTopic;
+using Delivery = OneTopicOver;
 
-TEST_F(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
+TEST_P(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
   constexpr int count = 1000;
   DDSTopic* others_topic = other.strings("Topic");
   const std::vector<DDSStringDataReader*> readers = {make_reader(topic), make_reader(others_topic),
@@ -28,7 +28,7 @@ TEST_F(Delivery, EveryMatchedReaderGetsEverySampleOnceAndInOrder) {
   }
 }
 
-TEST_F(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
+TEST_P(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
   DDSTopic* octets = participant.octets("Octets");
   auto* reader = make_reader<DDSOctetsDataReader>(octets);
   auto* writer = make_writer<DDSOctetsDataWriter>(octets);
@@ -38,6 +38,7 @@ TEST_F(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
     std::vector<DDS_Octet> lent = buffer;
     EXPECT_EQ(writer->write({size, lent.data()}, DDS_HANDLE_NIL), DDS_RETCODE_OK);
     lent.assign(lent.size(), 0);  // the caller's again on return
+    settle();
     DDS_OctetsSeq data;
     DDS_SampleInfoSeq infos;
     ASSERT_EQ(reader->take(data, infos, 1, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
@@ -49,7 +50,7 @@ TEST_F(Delivery, PayloadsOfEverySizeArriveWholeAndAligned) {
   }
 }
 
-TEST_F(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
+TEST_P(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
   DDSTopic* octets = participant.octets("Octets");
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
@@ -67,7 +68,7 @@ TEST_F(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
   DDS_WriteParams_t own_identity;
   own_identity.identity = {guid_of(writer), {0, 42}};
   EXPECT_EQ(writer->write_w_params("x", own_identity), DDS_RETCODE_UNSUPPORTED);
-  EXPECT_EQ(log.all().size(), 7u);
+  if (!carrier().across_processes()) { EXPECT_EQ(log.all().size(), 7u); }  // or the other process has them
   EXPECT_EQ(octets_writer->write({0, nullptr}, DDS_HANDLE_NIL), DDS_RETCODE_OK);
 
   EXPECT_EQ(write(writer, ""), DDS_RETCODE_OK);
@@ -76,7 +77,7 @@ TEST_F(Delivery, WhatAWriteCannotCarryOrHonourIsRefusedAndNothingArrives) {
   EXPECT_EQ(number(received[0].info.sample_identity), 1u) << "a refused write takes no number";
 }
 
-TEST_F(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersSee) {
+TEST_P(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersSee) {
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writers[] = {make_writer(topic), make_writer(topic)};
   const DDS_GUID_t guids[] = {guid_of(writers[0]), guid_of(writers[1])};
@@ -99,7 +100,7 @@ TEST_F(Delivery, AnAutomaticIdentityIsLeftInTheParametersAndIsTheOneThatReadersS
   }
 }
 
-TEST_F(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
+TEST_P(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
   DDS_WriteParams_t params;
@@ -110,6 +111,7 @@ TEST_F(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
   DDS_Time_t before, after;
   ASSERT_EQ(participant->get_current_time(before), DDS_RETCODE_OK);
   ASSERT_EQ(write(writer, "plain"), DDS_RETCODE_OK);
+  settle();
   ASSERT_EQ(participant->get_current_time(after), DDS_RETCODE_OK);
 
   const std::vector<Received> received = take_all(reader);
@@ -128,7 +130,7 @@ TEST_F(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
   }
 }
 
-TEST_F(Delivery, EightThreadsOnOneWriterGetTheNumbersInWhichReadersReceiveTheirSamples) {
+TEST_P(Delivery, EightThreadsOnOneWriterGetTheNumbersInWhichReadersReceiveTheirSamples) {
   constexpr int threads = 8;
   const int each = scaled(4000);
   DDSStringDataReader* readers[] = {make_reader(topic), make_reader(topic)};
@@ -163,6 +165,8 @@ TEST_F(Delivery, EightThreadsOnOneWriterGetTheNumbersInWhichReadersReceiveTheirS
     EXPECT_EQ(expected, static_cast<std::uint32_t>(threads * each));
   }
 }
+
+RUN_OVER_EVERY_CARRIER(Delivery);
 
 }  // namespace
 }  // namespace behaviour

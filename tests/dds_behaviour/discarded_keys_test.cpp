@@ -9,6 +9,7 @@ namespace behaviour {
 namespace {
 
 using DiscardedKeys = OneTopic;
+using ArrivalsOfDiscardedKeys = OneTopicOver;
 
 DDS_SampleInfo key_of(std::uint32_t number) {
   DDS_SampleInfo key;
@@ -24,6 +25,7 @@ DDS_ReturnCode_t discard(DDSDataReader* reader, std::uint32_t number) {
   return reader->discard_index_key("Index", key_of(number));
 }
 DDS_LongLong discarded(DDSDataReader* reader) {
+  settle();
   DDS_LongLong count = -1;
   EXPECT_EQ(reader->get_discarded_sample_count(count), DDS_RETCODE_OK);
   return count;
@@ -73,11 +75,11 @@ TEST_F(DiscardedKeys, HaveNoSamplesAndTellNobodyOfAny) {
   EXPECT_EQ(reader->delete_readcondition(any), DDS_RETCODE_OK);
 }
 
-TEST_F(DiscardedKeys, TakeNoRoomAndCountAsNeitherLostNorRejected) {
+TEST_P(ArrivalsOfDiscardedKeys, TakeNoRoomAndCountAsNeitherLostNorRejected) {
   for (const DDS_DataReaderQos& qos : {keep_all_reader(1), best_effort_reader(1)}) {
     DDSStringDataReader* full = make_indexed_reader(topic, qos);
     DDSStringDataReader* roomy = make_reader(topic);
-    DDSStringDataWriter* writer = make_writer(topic, reliable_writer(DDS_DURATION_ZERO));
+    DDSStringDataWriter* writer = make_writer(topic, reliable_writer(brief(DDS_DURATION_ZERO)));
     EXPECT_EQ(answer(writer, 1, "1"), DDS_RETCODE_OK);
     EXPECT_EQ(discard(full, 2), DDS_RETCODE_OK);
     EXPECT_EQ(answer(writer, 2, "2"), DDS_RETCODE_OK);
@@ -90,7 +92,7 @@ TEST_F(DiscardedKeys, TakeNoRoomAndCountAsNeitherLostNorRejected) {
   }
 }
 
-TEST_F(DiscardedKeys, LetAWriterGoOnThatWaitsForRoomForSuchASampleOrInstead) {
+TEST_P(ArrivalsOfDiscardedKeys, LetAWriterGoOnThatWaitsForRoomForSuchASampleOrInstead) {
   DDSStringDataReader* full = make_indexed_reader(topic, keep_all_reader(1));
   DDSStringDataWriter* writer = make_writer(topic);
   std::uint32_t number = 0;
@@ -111,7 +113,7 @@ TEST_F(DiscardedKeys, LetAWriterGoOnThatWaitsForRoomForSuchASampleOrInstead) {
 
 // Threads discard keys while others write samples with them to a full reader and to a second one, in two steps: every
 // sample is either taken or counted, and the second reader gets all.
-TEST_F(DiscardedKeys, AreRefusedAtAnyPointOfADelivery) {
+TEST_P(ArrivalsOfDiscardedKeys, AreRefusedAtAnyPointOfADelivery) {
   const int each = scaled(20000);
   DDSStringDataReader* reader = make_indexed_reader(topic, keep_all_reader(4));
   DDSStringDataReader* roomy = make_reader(topic);
@@ -145,6 +147,8 @@ TEST_F(DiscardedKeys, AreRefusedAtAnyPointOfADelivery) {
   for (std::size_t got = 1; got > 0; all += static_cast<DDS_LongLong>(got)) { got = take_all(roomy).size(); }
   EXPECT_EQ(all, 2 * each);
 }
+
+RUN_OVER_EVERY_CARRIER(ArrivalsOfDiscardedKeys);
 
 }  // namespace
 }  // namespace behaviour

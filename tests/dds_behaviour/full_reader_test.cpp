@@ -9,26 +9,28 @@
 namespace behaviour {
 namespace {
 
-using FullReader = OneTopic;
-using KeepLast = OneTopic;
+using FullReader = OneTopicOver;
+using KeepLast = OneTopicOver;
 
 DDS_SampleRejectedStatus rejected(DDSDataReader* reader) {
+  settle();
   DDS_SampleRejectedStatus status;
   EXPECT_EQ(reader->get_sample_rejected_status(status), DDS_RETCODE_OK);
   return status;
 }
 DDS_SampleLostStatus lost(DDSDataReader* reader) {
+  settle();
   DDS_SampleLostStatus status;
   EXPECT_EQ(reader->get_sample_lost_status(status), DDS_RETCODE_OK);
   return status;
 }
 
-TEST_F(FullReader, TimesTheWriterOutAndThenNoReaderHasGotTheSample) {
+TEST_P(FullReader, TimesTheWriterOutAndThenNoReaderHasGotTheSample) {
   DDSStringDataReader* before = make_reader(topic);
   DDSStringDataReader* full = make_reader(other.strings("Topic"), keep_all_reader(2));
   DDSStringDataReader* after = make_reader(topic);
   DDSStringDataReader* careless = make_reader(topic, best_effort_reader());
-  DDSStringDataWriter* writer = make_writer(topic, reliable_writer(milliseconds(20)));
+  DDSStringDataWriter* writer = make_writer(topic, reliable_writer(brief(milliseconds(20))));
   EXPECT_EQ(write(writer, "1"), DDS_RETCODE_OK);
   EXPECT_EQ(write(writer, "2"), DDS_RETCODE_OK);
   DDS_WriteParams_t params;
@@ -46,13 +48,13 @@ TEST_F(FullReader, TimesTheWriterOutAndThenNoReaderHasGotTheSample) {
   EXPECT_EQ(take_values(full), (Strings{"2", "3"}));
 }
 
-TEST_F(FullReader, IsFullForOneInstanceWhileOthersHaveRoomAndHoldsNoMoreInstancesThanItsLimit) {
+TEST_P(FullReader, IsFullForOneInstanceWhileOthersHaveRoomAndHoldsNoMoreInstancesThanItsLimit) {
   topic = participant.keyed_strings("Keyed");
   DDS_DataReaderQos qos = keep_all_reader();
   qos.resource_limits.max_samples_per_instance = 2;
   qos.resource_limits.max_instances = 2;
   auto* reader = make_reader<DDSKeyedStringDataReader>(topic, qos);
-  auto* writer = make_writer<DDSKeyedStringDataWriter>(topic, reliable_writer(DDS_DURATION_ZERO));
+  auto* writer = make_writer<DDSKeyedStringDataWriter>(topic, reliable_writer(brief(DDS_DURATION_ZERO)));
   EXPECT_EQ(write(writer, "a", "1"), DDS_RETCODE_OK);
   EXPECT_EQ(write(writer, "a", "2"), DDS_RETCODE_OK);
   EXPECT_EQ(write(writer, "a", "3"), DDS_RETCODE_TIMEOUT);
@@ -66,7 +68,7 @@ TEST_F(FullReader, IsFullForOneInstanceWhileOthersHaveRoomAndHoldsNoMoreInstance
   EXPECT_EQ(write(writer, "c", "5"), DDS_RETCODE_OK) << "an instance without writers and samples makes room";
 }
 
-TEST_F(FullReader, LetsTheWriterGoOnWithEveryTake) {
+TEST_P(FullReader, LetsTheWriterGoOnWithEveryTake) {
   const int count = scaled(20000);
   DDSStringDataReader* reader = make_reader(topic, keep_all_reader(1));
   DDSStringDataReader* roomy = make_reader(topic, keep_all_reader(7));
@@ -75,16 +77,18 @@ TEST_F(FullReader, LetsTheWriterGoOnWithEveryTake) {
     for (int i = 0; i < count; ++i) { EXPECT_EQ(write(writer, std::to_string(i)), DDS_RETCODE_OK); }
   });
   Thread taking([&] {
+    const AsItComes as_it_comes;
     for (int next = 0; next < count;) {
       for (const Received& sample : take_all(roomy)) { EXPECT_EQ(sample.value, std::to_string(next++)); }
     }
   });
+  const AsItComes as_it_comes;
   for (int next = 0; next < count;) {
     for (const Received& sample : take_all(reader)) { EXPECT_EQ(sample.value, std::to_string(next++)); }
   }
 }
 
-TEST_F(FullReader, LetsTheWriterGoOnWhenItIsDeleted) {
+TEST_P(FullReader, LetsTheWriterGoOnWhenItIsDeleted) {
   DDSStringDataReader* full = make_reader(topic, keep_all_reader(1));
   DDSStringDataReader* reader = make_reader(topic);
   DDSStringDataWriter* writer = make_writer(topic);
@@ -102,8 +106,9 @@ TEST_F(FullReader, LetsTheWriterGoOnWhenItIsDeleted) {
 
 // Readers with little room and several impatient writers: whatever the interleaving, the writes that succeeded are
 // exactly what every reader got.
-TEST_F(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
+TEST_P(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
   const int each = scaled(3000);
+  const DDS_Duration_t impatient = carrier().in_process() ? DDS_Duration_t{0, 50000} : milliseconds(5);
   const std::vector<DDSStringDataReader*> readers = {make_reader(topic, keep_all_reader(1)),
                                                      make_reader(topic, keep_all_reader(3)), make_reader(topic)};
   std::vector<Strings> accepted(3), got(readers.size());  // one a thread
@@ -111,7 +116,7 @@ TEST_F(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
   {
     std::vector<Thread> threads;
     for (std::size_t w = 0; w < accepted.size(); ++w) {
-      DDSStringDataWriter* writer = make_writer(topic, reliable_writer({0, 50000}));
+      DDSStringDataWriter* writer = make_writer(topic, reliable_writer(impatient));
       threads.emplace_back([&, w, writer] {
         for (int i = 0; i < each; ++i) {
           const std::string value = std::to_string(w) + ":" + std::to_string(i);
@@ -146,12 +151,12 @@ TEST_F(FullReader, GetsExactlyTheSamplesThatAllOtherReadersGet) {
   }
 }
 
-TEST_F(KeepLast, ReplacesTheOldestSampleOfTheInstance) {
+TEST_P(KeepLast, ReplacesTheOldestSampleOfTheInstance) {
   topic = participant.keyed_strings("Keyed");
   DDS_DataReaderQos qos = keep_all_reader();
   qos.history = {DDS_KEEP_LAST_HISTORY_QOS, 2};
   auto* reader = make_reader<DDSKeyedStringDataReader>(topic, qos);
-  auto* writer = make_writer<DDSKeyedStringDataWriter>(topic, reliable_writer(DDS_DURATION_ZERO));
+  auto* writer = make_writer<DDSKeyedStringDataWriter>(topic, reliable_writer(brief(DDS_DURATION_ZERO)));
   EXPECT_EQ(write(writer, "b", "b0"), DDS_RETCODE_OK);
   for (int i = 0; i < 5; ++i) { EXPECT_EQ(write(writer, "a", "a" + std::to_string(i)), DDS_RETCODE_OK); }
   Strings held = values(read_all(reader));
@@ -162,10 +167,10 @@ TEST_F(KeepLast, ReplacesTheOldestSampleOfTheInstance) {
   EXPECT_EQ(rejected(reader).total_count, 0);
 }
 
-class BestEffort : public OneTopic, public ::testing::WithParamInterface<bool> {
+class BestEffort : public OverCarrier<bool>, public OneTopic {
  protected:
   /// The writer that does not wait: a best-effort one, or a reliable one that the reader asked nothing of.
-  DDS_DataWriterQos writer_qos() const { return GetParam() ? reliable_writer() : best_effort_writer(); }
+  DDS_DataWriterQos writer_qos() const { return std::get<1>(GetParam()) ? reliable_writer() : best_effort_writer(); }
 };
 
 TEST_P(BestEffort, DropsAndCountsWhatAFullReaderCannotHold) {
@@ -174,6 +179,7 @@ TEST_P(BestEffort, DropsAndCountsWhatAFullReaderCannotHold) {
   ASSERT_EQ(full->get_statuscondition()->set_enabled_statuses(DDS_SAMPLE_REJECTED_STATUS), DDS_RETCODE_OK);
   DDSStringDataWriter* writer = make_writer(topic, writer_qos());
   for (int i = 1; i <= 5; ++i) {
+    settle();
     EXPECT_EQ(full->get_statuscondition()->get_trigger_value(), i > 3) << i;
     EXPECT_EQ(write(writer, std::to_string(i)), DDS_RETCODE_OK);
   }
@@ -215,8 +221,14 @@ TEST_P(BestEffort, NamesTheLimitAndTheInstanceOfARejectedSample) {
   std::sort(held.begin(), held.end());
   EXPECT_EQ(held, (Strings{"1", "2"}));
 }
-INSTANTIATE_TEST_SUITE_P(FromWriters, BestEffort, ::testing::Bool(),
-                         [](const auto& test) { return test.param ? "Reliable" : "BestEffort"; });
+INSTANTIATE_TEST_SUITE_P(Over, BestEffort,
+                         ::testing::Combine(::testing::ValuesIn(support::carriers()), ::testing::Bool()),
+                         [](const auto& test) {
+                           return std::get<0>(test.param).name +
+                                  std::string(std::get<1>(test.param) ? "FromReliable" : "FromBestEffort");
+                         });
+RUN_OVER_EVERY_CARRIER(FullReader);
+RUN_OVER_EVERY_CARRIER(KeepLast);
 
 }  // namespace
 }  // namespace behaviour

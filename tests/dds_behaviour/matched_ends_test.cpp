@@ -7,7 +7,7 @@
 namespace behaviour {
 namespace {
 
-using MatchedEnds = OneTopic;
+using MatchedEnds = OneTopicOver;
 
 template <class Qos>
 Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
@@ -28,7 +28,7 @@ void expect_described(const Data& data, const DDS_EntityNameQosPolicy& name) {
 
 bool equal(const DDS_GUID_t& a, const DDS_GUID_t& b) { return DDS_GUID_equals(&a, &b); }
 
-TEST_F(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
+TEST_P(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
   auto* writer = make_writer(topic, described(reliable_writer(), &DDS_DataWriterQos::publication_name));
   auto* reader =
       make_reader(other.strings("Topic"), described(keep_all_reader(), &DDS_DataReaderQos::subscription_name));
@@ -48,7 +48,10 @@ TEST_F(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
 
   DDSTopic* neighbours_topic = participant.strings("Topic2");
   DDSStringDataReader* neighbour = make_reader(neighbours_topic);
-  const DDS_InstanceHandle_t neighbours_writer = make_writer(neighbours_topic)->get_instance_handle();
+  make_writer(neighbours_topic);
+  DDS_InstanceHandleSeq neighbours_writers;
+  ASSERT_EQ(neighbour->get_matched_publications(neighbours_writers), DDS_RETCODE_OK);
+  const DDS_InstanceHandle_t neighbours_writer = neighbours_writers[0];
   DDS_PublicationBuiltinTopicData of_neighbour;
   ASSERT_EQ(neighbour->get_matched_publication_data(of_neighbour, neighbours_writer), DDS_RETCODE_OK);
   EXPECT_TRUE(equal(of_neighbour.participant_key, publication.participant_key));
@@ -60,7 +63,7 @@ TEST_F(MatchedEnds, TellWhoTheyAreAsLongAsTheyMatch) {
   expect_described(publication, publication.publication_name);
 }
 
-TEST_F(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
+TEST_P(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
   DDSStringDataWriter* writer = make_writer(topic);
   const DDS_GUID_t asker = guid_of(make_writer(participant.strings("Questions")));
   const std::string own = "&hex(" + hexadecimal(asker) + ")";
@@ -74,35 +77,53 @@ TEST_F(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
   for (const auto& [expression, tells] : filters) {
     DDSContentFilteredTopic* filtered = participant.filtered(expression.c_str(), topic, expression);
     ASSERT_NE(filtered, nullptr) << expression;
-    DDSStringDataReader* reader = make_reader(filtered);
+    make_reader(filtered);
+    DDS_PublicationMatchedStatus status;
+    ASSERT_EQ(writer->get_publication_matched_status(status), DDS_RETCODE_OK);
     DDS_SubscriptionBuiltinTopicData data;
-    ASSERT_EQ(writer->get_matched_subscription_data(data, reader->get_instance_handle()), DDS_RETCODE_OK);
+    ASSERT_EQ(writer->get_matched_subscription_data(data, status.last_subscription_handle), DDS_RETCODE_OK);
     EXPECT_TRUE(equal(data.related_writer_guid, tells ? asker : DDS_GUID_UNKNOWN)) << expression;
   }
 }
 
-class MatchCondition : public OneTopic, public ::testing::WithParamInterface<bool> {
+RUN_OVER_EVERY_CARRIER(MatchedEnds);
+
+class MatchCondition : public OverCarrier<bool>, public OneTopic {
+ public:
+  static auto every_case() {
+    std::vector<std::tuple<support::Carrier, bool>> cases;
+    for (const support::Carrier& carrier : support::carriers()) {
+      cases.emplace_back(carrier, false);
+      if (!carrier.across_processes()) { cases.emplace_back(carrier, true); }  // else the writer is elsewhere
+    }
+    return cases;
+  }
+  static std::string name(const ::testing::TestParamInfo<std::tuple<support::Carrier, bool>>& test) {
+    return std::get<0>(test.param).name + std::string(std::get<1>(test.param) ? "OfAWriter" : "OfAReader");
+  }
+
  protected:
+  bool of_writer() const { return std::get<1>(GetParam()); }
   /// The end whose conditions are looked at, and what comes and goes at the other end.
   DDSMatchCondition* create() {
-    return GetParam() ? writer->create_match_condition() : reader->create_match_condition();
+    return of_writer() ? writer->create_match_condition() : reader->create_match_condition();
   }
   DDS_ReturnCode_t destroy(DDSMatchCondition* condition) {
-    return GetParam() ? writer->delete_match_condition(condition) : reader->delete_match_condition(condition);
+    return of_writer() ? writer->delete_match_condition(condition) : reader->delete_match_condition(condition);
   }
-  DDS_ReturnCode_t remove_end() { return GetParam() ? remove(writer) : remove(reader); }
-  DDSEntity& end() { return GetParam() ? static_cast<DDSEntity&>(*writer) : *reader; }
+  DDS_ReturnCode_t remove_end() { return of_writer() ? remove(writer) : remove(reader); }
+  DDSEntity& end() { return of_writer() ? static_cast<DDSEntity&>(*writer) : *reader; }
   DDS_StatusMask matched() const {
-    return GetParam() ? DDS_PUBLICATION_MATCHED_STATUS : DDS_SUBSCRIPTION_MATCHED_STATUS;
+    return of_writer() ? DDS_PUBLICATION_MATCHED_STATUS : DDS_SUBSCRIPTION_MATCHED_STATUS;
   }
   int match_count() {
     DDS_InstanceHandleSeq handles;
-    EXPECT_EQ(GetParam() ? writer->get_matched_subscriptions(handles) : reader->get_matched_publications(handles),
+    EXPECT_EQ(of_writer() ? writer->get_matched_subscriptions(handles) : reader->get_matched_publications(handles),
               DDS_RETCODE_OK);
     return handles.length();
   }
   std::function<void()> come(bool fitting = true) {
-    if (GetParam()) {
+    if (of_writer()) {
       DDSDataReader* made = make_reader(others_topic, fitting ? best_effort_reader() : keep_all_reader());
       return [made] { EXPECT_EQ(remove(made), DDS_RETCODE_OK); };
     }
@@ -142,15 +163,18 @@ TEST_P(MatchCondition, IsLatchedByEveryChangeUntilItIsReset) {
 struct CountingListener : DDSDataWriterListener, DDSDataReaderListener {
   void on_publication_matched(DDSDataWriter*, const DDS_PublicationMatchedStatus&) override { ++calls; }
   void on_subscription_matched(DDSDataReader*, const DDS_SubscriptionMatchedStatus&) override { ++calls; }
-  int calls = 0;
+  std::atomic<int> calls{0};
 };
 
 TEST_P(MatchCondition, IsDeletedByItsEntityAlone) {
   CountingListener listener;
-  writer->set_listener(&listener, DDS_PUBLICATION_MATCHED_STATUS);
-  reader->set_listener(&listener, DDS_SUBSCRIPTION_MATCHED_STATUS);
+  const auto listen = [this](CountingListener* to) {
+    return of_writer() ? writer->set_listener(to, DDS_PUBLICATION_MATCHED_STATUS)
+                       : reader->set_listener(to, DDS_SUBSCRIPTION_MATCHED_STATUS);
+  };
+  EXPECT_EQ(listen(&listener), DDS_RETCODE_OK);
   DDSMatchCondition* condition = create();
-  DDSMatchCondition* foreign = GetParam() ? reader->create_match_condition() : writer->create_match_condition();
+  DDSMatchCondition* foreign = make_reader(other.strings("Topic2"))->create_match_condition();
   DDSWaitSet waitset;
   ASSERT_EQ(waitset.attach_condition(condition), DDS_RETCODE_OK);
   EXPECT_EQ(destroy(nullptr), DDS_RETCODE_BAD_PARAMETER);
@@ -158,16 +182,15 @@ TEST_P(MatchCondition, IsDeletedByItsEntityAlone) {
   EXPECT_EQ(remove_end(), DDS_RETCODE_PRECONDITION_NOT_MET);
   come();
   EXPECT_TRUE(condition->get_trigger_value()) << "the entity is as before";
-  EXPECT_EQ(listener.calls, 1);
+  AWAIT_EQ(listener.calls.load(), 1);
   EXPECT_EQ(destroy(condition), DDS_RETCODE_OK);
   DDSConditionSeq attached;
   EXPECT_EQ(waitset.get_conditions(attached), DDS_RETCODE_OK);
   EXPECT_EQ(attached.length(), 0);
   EXPECT_EQ(destroy(condition), DDS_RETCODE_PRECONDITION_NOT_MET);
-  writer->set_listener(nullptr, DDS_STATUS_MASK_NONE);
-  reader->set_listener(nullptr, DDS_STATUS_MASK_NONE);
+  EXPECT_EQ(listen(nullptr), DDS_RETCODE_OK);
   EXPECT_EQ(remove_end(), DDS_RETCODE_OK);
-  EXPECT_EQ(participant->delete_contained_entities(), DDS_RETCODE_OK) << "with the conditions that are left";
+  EXPECT_EQ(other->delete_contained_entities(), DDS_RETCODE_OK) << "with the conditions that are left";
 }
 
 TEST_P(MatchCondition, LosesNoChangeBetweenLookingAndWaiting) {
@@ -197,8 +220,8 @@ TEST_P(MatchCondition, LosesNoChangeBetweenLookingAndWaiting) {
   changing.join();
   EXPECT_EQ(destroy(condition), DDS_RETCODE_OK);
 }
-INSTANTIATE_TEST_SUITE_P(Of, MatchCondition, ::testing::Bool(),
-                         [](const auto& test) { return test.param ? "AWriter" : "AReader"; });
+INSTANTIATE_TEST_SUITE_P(Over, MatchCondition, ::testing::ValuesIn(MatchCondition::every_case()),
+                         &MatchCondition::name);
 
 }  // namespace
 }  // namespace behaviour

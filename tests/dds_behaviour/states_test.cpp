@@ -27,7 +27,7 @@ Strings rows(const std::vector<Received>& received) {
   return result;
 }
 
-class States : public ::testing::Test {
+class States : public OverCarrier<>, public ::testing::Test {
  protected:
   DDSKeyedStringDataWriter* writer() { return make_writer<DDSKeyedStringDataWriter>(topic); }
 
@@ -36,7 +36,7 @@ class States : public ::testing::Test {
   DDSKeyedStringDataReader* reader = make_reader<DDSKeyedStringDataReader>(topic);
 };
 
-TEST_F(States, KeyedOctetsKeepInstancesApart) {
+TEST_P(States, KeyedOctetsKeepInstancesApart) {
   DDSTopic* octets = participant.topic<DDSKeyedOctetsTypeSupport>("Octets");
   auto* octets_reader = make_reader<DDSKeyedOctetsDataReader>(octets);
   auto* octets_writer = make_writer<DDSKeyedOctetsDataWriter>(octets);
@@ -45,6 +45,7 @@ TEST_F(States, KeyedOctetsKeepInstancesApart) {
   for (std::string* key : {&a, &b, &a}) {
     EXPECT_EQ(octets_writer->write({key->data(), 1, &octet}, DDS_HANDLE_NIL), DDS_RETCODE_OK);
   }
+  settle();
   DDS_KeyedOctetsSeq data;
   DDS_SampleInfoSeq infos;
   ASSERT_EQ(octets_reader->take(data, infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
@@ -60,7 +61,7 @@ TEST_F(States, KeyedOctetsKeepInstancesApart) {
   EXPECT_EQ(octets_reader->return_loan(data, infos), DDS_RETCODE_OK);
 }
 
-TEST_F(States, ADisposedInstanceIsRebornAsANewGeneration) {
+TEST_P(States, ADisposedInstanceIsRebornAsANewGeneration) {
   DDSKeyedStringDataWriter* one = writer();
   EXPECT_EQ(write(one, "a", "1"), DDS_RETCODE_OK);
   EXPECT_EQ(write(one, "a", "2"), DDS_RETCODE_OK);
@@ -77,7 +78,7 @@ TEST_F(States, ADisposedInstanceIsRebornAsANewGeneration) {
                      "3 unread old alive 1 0 2 1 1", "- unread old alive 1 0 1 1 1", "4 unread old alive 2 0 0 0 0"}));
 }
 
-TEST_F(States, ThePropertyDecidesWhetherAVanishedWriterLeavesASampleWithoutDataAlsoForATypeWithoutKey) {
+TEST_P(States, ThePropertyDecidesWhetherAVanishedWriterLeavesASampleWithoutDataAlsoForATypeWithoutKey) {
   DDSTopic* plain = participant.strings("Plain");
   DDSStringDataReader* telling = make_reader(plain);
   DDS_DataReaderQos qos = keep_all_reader();
@@ -96,7 +97,7 @@ TEST_F(States, ThePropertyDecidesWhetherAVanishedWriterLeavesASampleWithoutDataA
   EXPECT_EQ(rows(take_all(telling)), (Strings{"1 read old no-writers 0 0 1 0 0", "- unread old no-writers 0 0 0 0 0"}));
 }
 
-TEST_F(States, UnregisteringDisposesTooWhereTheWriterLifecycleSaysSo) {
+TEST_P(States, UnregisteringDisposesTooWhereTheWriterLifecycleSaysSo) {
   DDS_DataWriterQos qos = reliable_writer();
   qos.writer_data_lifecycle.autodispose_unregistered_instances = true;
   auto* one = make_writer<DDSKeyedStringDataWriter>(topic, qos);
@@ -105,7 +106,7 @@ TEST_F(States, UnregisteringDisposesTooWhereTheWriterLifecycleSaysSo) {
   EXPECT_EQ(rows(take_all(reader)), (Strings{"1 unread new disposed 0 0 1 0 0", "- unread new disposed 0 0 0 0 0"}));
 }
 
-TEST_F(States, AWriterChecksThatTheHandleIsTheInstanceOfTheData) {
+TEST_P(States, AWriterChecksThatTheHandleIsTheInstanceOfTheData) {
   DDSKeyedStringDataWriter* one = writer();
   std::string a = "a", b = "b", value = "v";
   const DDS_InstanceHandle_t of_a = one->register_instance(keyed(a, value));
@@ -119,7 +120,7 @@ TEST_F(States, AWriterChecksThatTheHandleIsTheInstanceOfTheData) {
   EXPECT_EQ(take_all(reader).size(), 1u);
 }
 
-TEST_F(States, ATypeWithoutKeyHasNothingToDisposeOrUnregister) {
+TEST_P(States, ATypeWithoutKeyHasNothingToDisposeOrUnregister) {
   DDSTopic* plain = participant.strings("Plain");
   DDSStringDataReader* plain_reader = make_reader(plain);
   DDSStringDataWriter* plain_writer = make_writer(plain);
@@ -129,6 +130,8 @@ TEST_F(States, ATypeWithoutKeyHasNothingToDisposeOrUnregister) {
   EXPECT_EQ(plain_writer->register_instance("1"), DDS_HANDLE_NIL);
   EXPECT_EQ(rows(take_all(plain_reader)), (Strings{"1 unread new alive 0 0 0 0 0"}));
 }
+
+RUN_OVER_EVERY_CARRIER(States);
 
 }  // namespace
 }  // namespace behaviour

@@ -10,6 +10,7 @@ namespace behaviour {
 namespace {
 
 using WaitSetStress = OneTopic;
+using HandOvers = OneTopicOver;
 
 void wait_for_one(DDSWaitSet& waitset, DDSConditionSeq& active) {
   ASSERT_EQ(waitset.wait(active, DDS_DURATION_INFINITE), DDS_RETCODE_OK);
@@ -34,12 +35,13 @@ TEST_F(WaitSetStress, GuardConditionsPingPong) {
   play(pong, ping, true);
 }
 
-TEST_F(WaitSetStress, SamplesPingPong) {
+TEST_P(HandOvers, SamplesPingPong) {
   const int count = scaled(100000);
   DDSTopic* topics[] = {participant.strings("Ping"), participant.strings("Pong")};
   DDSStringDataReader* readers[] = {make_reader(topics[0]), make_reader(topics[1])};
   const auto play = [&](int mine, bool serve) {
     DDSStringDataWriter* writer = make_writer(topics[1 - mine]);
+    const AsItComes as_it_comes;
     DDSReadCondition* condition =
         readers[mine]->create_readcondition(DDS_NOT_READ_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
     DDSWaitSet waitset;
@@ -59,7 +61,7 @@ TEST_F(WaitSetStress, SamplesPingPong) {
 }
 
 // As a requester does: a condition and a wait set for every sample, made at whatever moment of its arrival.
-TEST_F(WaitSetStress, ConditionsThatComeAndGoMissNothing) {
+TEST_P(HandOvers, ConditionsThatComeAndGoMissNothing) {
   const int count = scaled(40000);
   DDSStringDataReader* reader = make_reader(topic, keep_all_reader(2));
   ASSERT_EQ(reader->create_index("Index"), DDS_RETCODE_OK);
@@ -71,6 +73,7 @@ TEST_F(WaitSetStress, ConditionsThatComeAndGoMissNothing) {
       EXPECT_EQ(writer->write_w_params("x", params), DDS_RETCODE_OK);
     }
   });
+  const AsItComes as_it_comes;
   DDSConditionSeq active;
   for (int i = 1; i <= count; ++i) {
     DDS_SampleInfo key;
@@ -132,6 +135,8 @@ TEST_F(WaitSetStress, AttachingDetachingAndDeletingDisturbNoWaitingThread) {
   second.join();
   stop.set_trigger_value(true);
 }
+
+RUN_OVER_EVERY_CARRIER(HandOvers);
 
 }  // namespace
 }  // namespace behaviour

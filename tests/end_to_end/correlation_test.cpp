@@ -12,26 +12,30 @@ class Correlation : public ServiceTest {};
 
 TEST_P(Correlation, AReplyReachesTheRequesterOfItsRequestAndNoOther) {
   Requester one(requester_params()), other(requester_params());
-  Replier replier(replier_params());
-  await_others(replier, 2);
+  const std::unique_ptr<Replier> replier = make_replier();
+  await_others(one, 1);
+  await_others(other, 1);
   const DDS_SampleIdentity_t from_one = one.send("one"), from_other = other.send("other");
   EXPECT_EQ(from_one.sequence_number, from_other.sequence_number) << "the numbers alone do not tell them apart";
-  replier.echo(2);
+  replier->echo(2);
   EXPECT_EQ(one.await(from_one), Strings{"re: one"});
   EXPECT_EQ(other.await(from_other), Strings{"re: other"});
+  const DDS_SampleIdentity_t end = one.send("end");  // its reply comes after any that was misled
+  replier->echo(1);
+  EXPECT_EQ(one.await(end), Strings{"re: end"});
   EXPECT_EQ(one.take(from_other), Strings{});
   EXPECT_EQ(other.take(from_one), Strings{});
 }
 
 TEST_P(Correlation, OctetsTravelUnchangedInBothDirections) {
   BasicRequester<OctetsType> requester(requester_params());
-  BasicReplier<OctetsType> replier(replier_params());
+  const std::unique_ptr<Replier> replier = make_replier({true});
   await_others(requester, 1);
   for (const std::size_t size : {0u, 1u, 1000u, 1000000u}) {
     std::string payload(size, '\0');
     for (std::size_t i = 0; i < size; ++i) { payload[i] = static_cast<char>(i % 251); }
     const DDS_SampleIdentity_t request = requester.send(payload);
-    replier.echo(1, std::string("\0\xff", 2));
+    replier->echo(1, std::string("\0\xff", 2));
     const Strings replies = requester.await(request);
     ASSERT_EQ(replies.size(), 1u);
     EXPECT_TRUE(replies[0] == std::string("\0\xff", 2) + payload) << size;
@@ -41,7 +45,7 @@ TEST_P(Correlation, OctetsTravelUnchangedInBothDirections) {
 TEST_P(Correlation, FourRepliersAnswerEveryRequest) {
   Requester requester(requester_params());
   std::vector<std::unique_ptr<Replier>> repliers;
-  for (int i = 0; i < 4; ++i) { repliers.push_back(std::make_unique<Replier>(replier_params())); }
+  for (int i = 0; i < 4; ++i) { repliers.push_back(make_replier()); }
   await_others(requester, 4);
   constexpr int requests = 50;
   std::vector<Thread> threads;
@@ -59,17 +63,17 @@ TEST_P(Correlation, FourRepliersAnswerEveryRequest) {
 }
 
 TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
-  const int count = scaled(500) < 50 ? 50 : scaled(500);
+  const int count = std::max(scaled(500), 50);
   std::vector<std::unique_ptr<Requester>> requesters;
   for (int i = 0; i < count; ++i) { requesters.push_back(std::make_unique<Requester>(requester_params())); }
-  Replier replier(replier_params());
-  await_others(replier, count);
+  const std::unique_ptr<Replier> replier = make_replier();
+  for (const auto& requester : requesters) { await_others(*requester, 1); }
   std::vector<DDS_SampleIdentity_t> ids;
   for (int i = 0; i < count; ++i) { ids.push_back(requesters[static_cast<std::size_t>(i)]->send(std::to_string(i))); }
-  std::vector<Request> received = replier.receive(count, count);
+  std::vector<Request> received = replier->receive(count, count);
   ASSERT_EQ(received.size(), static_cast<std::size_t>(count));
   std::reverse(received.begin(), received.end());
-  for (const Request& request : received) { replier.reply(request.identity, "re: " + request.text); }
+  for (const Request& request : received) { replier->reply(request.identity, "re: " + request.text); }
   for (std::size_t i = 0; i < requesters.size(); ++i) {
     EXPECT_EQ(requesters[i]->await(ids[i]), Strings{"re: " + std::to_string(i)});
     void** data = nullptr;
@@ -80,7 +84,7 @@ TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
   }
 }
 
-RUN_OVER_EVERY_TRANSPORT(Correlation);
+RUN_OVER_EVERY_CARRIER(Correlation);
 
 }  // namespace
 }  // namespace end_to_end

@@ -5,26 +5,6 @@
 namespace end_to_end {
 namespace {
 
-/// Answers from the listener call.
-class EchoListener : public DDSDataReaderListener {
- public:
-  void on_data_available(DDSDataReader* /*reader*/) override {
-    void** data = nullptr;
-    int count = 0;
-    DDS_SampleInfoSeq infos;
-    while (replier->get_sample_loaned(&data, &count, infos, DDS_LENGTH_UNLIMITED, true, nullptr)) {
-      for (int i = 0; i < count; ++i) {
-        if (infos[i].valid_data) {
-          replier->reply(zemtra::details::get_sample_identity_from_sample_info(infos[i]),
-                         "re: " + StringType::text(data[i]));
-        }
-      }
-      replier->return_loan(data, infos);
-    }
-  }
-  Replier* replier = nullptr;  // set before the first request
-};
-
 class Threads : public ServiceTest {
  protected:
   /// `threads` threads send `each` requests and check that each gets its own replies and nothing else.
@@ -46,17 +26,15 @@ TEST_P(Threads, OnOneRequesterGetTheirOwnReplies) {
   constexpr int threads = 8;
   const int each = scaled(2000);
   Requester requester(requester_params());
-  Replier replier(replier_params());
+  const std::unique_ptr<Replier> replier = make_replier();
   await_others(requester, 1);
-  Thread answering([&] { replier.echo(threads * each); });
+  Thread answering([&] { replier->echo(threads * each); });
   ask(requester, threads, each);
 }
 
 TEST_P(Threads, OnOneRequesterGetRepliesThatAreSentBeforeTheirRequestReturns) {
-  EchoListener listener;
   Requester requester(requester_params());
-  Replier replier(replier_params(), &listener);
-  listener.replier = &replier;
+  const std::unique_ptr<Replier> echoing = make_replier({false, true});
   await_others(requester, 1);
   ask(requester, 8, scaled(2000));
 }
@@ -65,9 +43,9 @@ TEST_P(Threads, WithManyRequestsUnderWayGetThemAllAnswered) {
   constexpr int threads = 4, outstanding = 32;
   const int rounds = scaled(100);
   Requester requester(requester_params());
-  Replier replier(replier_params());
+  const std::unique_ptr<Replier> replier = make_replier();
   await_others(requester, 1);
-  Thread answering([&] { replier.echo(threads * outstanding * rounds); });
+  Thread answering([&] { replier->echo(threads * outstanding * rounds); });
   std::vector<Thread> asking;
   for (int t = 0; t < threads; ++t) {
     asking.emplace_back([&, t] {
@@ -85,9 +63,7 @@ TEST_P(Threads, WithManyRequestsUnderWayGetThemAllAnswered) {
 TEST_P(Threads, CreatingAndDestroyingRequestersDisturbNobody) {
   const int cycles = scaled(1000);
   Requester requester(requester_params());
-  EchoListener listener;
-  Replier replier(replier_params(), &listener);
-  listener.replier = &replier;
+  const std::unique_ptr<Replier> echoing = make_replier({false, true});
   await_others(requester, 1);
   Thread churning([&] {
     for (int i = 0; i < cycles; ++i) {
@@ -99,7 +75,7 @@ TEST_P(Threads, CreatingAndDestroyingRequestersDisturbNobody) {
   ask(requester, 1, cycles * 2);
 }
 
-RUN_OVER_EVERY_TRANSPORT(Threads);
+RUN_OVER_EVERY_CARRIER(Threads);
 
 }  // namespace
 }  // namespace end_to_end

@@ -12,18 +12,18 @@ class Waiting : public ServiceTest {
   /// A request whose `count` replies have arrived.
   DDS_SampleIdentity_t answered_request(int count) {
     const DDS_SampleIdentity_t id = requester.send("question");
-    const std::vector<Request> received = replier.receive();
-    for (int i = 0; i < count; ++i) { replier.reply(received.at(0).identity, std::to_string(i)); }
+    const std::vector<Request> received = replier->receive();
+    for (int i = 0; i < count; ++i) { replier->reply(received.at(0).identity, std::to_string(i)); }
     // A further request's reply is the last thing that the replier sent: once it is here, all others are.
     const DDS_SampleIdentity_t end = requester.send("end");
-    replier.echo(1);
+    replier->echo(1);
     EXPECT_EQ(requester.await(end).size(), 1u);
     return id;
   }
   void SetUp() override { await_others(requester, 1); }
 
   Requester requester{requester_params()};
-  Replier replier{replier_params()};
+  const std::unique_ptr<Replier> replier = make_replier();
 };
 
 TEST_P(Waiting, EndsAtOnceWhenEnoughRepliesAreThereAndInTimeWhenTheyAreNot) {
@@ -41,15 +41,15 @@ TEST_P(Waiting, EndsAtOnceWhenEnoughRepliesAreThereAndInTimeWhenTheyAreNot) {
 
 TEST_P(Waiting, CountsRepliesThatTrickleInWhichKeepTheirOrder) {
   const DDS_SampleIdentity_t request = requester.send("question");
-  const Request received = replier.receive().at(0);
+  const Request received = replier->receive().at(0);
   const DDS_SampleIdentity_t distraction = requester.send("another");
-  const Request other = replier.receive().at(0);
+  const Request other = replier->receive().at(0);
   Strings sent;
   for (int i = 0; i < 20; ++i) { sent.push_back(std::to_string(i)); }
   Thread answering([&] {
     for (const std::string& text : sent) {
-      replier.reply(received.identity, text);
-      replier.reply(other.identity, "distraction");
+      replier->reply(received.identity, text);
+      replier->reply(other.identity, "distraction");
       std::this_thread::yield();
     }
   });
@@ -74,18 +74,18 @@ TEST_P(Waiting, ALoanStaysWhileOthersTakeTheSameReplies) {
 
 TEST_P(Waiting, EndsForARepliersAnswerFromAnotherThreadLongAfterTheRequest) {
   std::promise<Request> taken;
-  Thread receiving([&] { taken.set_value(replier.receive().at(0)); });
+  Thread receiving([&] { taken.set_value(replier->receive().at(0)); });
   const DDS_SampleIdentity_t request = requester.send("slow");
   receiving.join();
   EXPECT_FALSE(requester.wait_for_replies(milliseconds(5), 1, request));
   Thread answering([&] {
     const Request late = taken.get_future().get();
-    replier.reply(late.identity, "done");
+    replier->reply(late.identity, "done");
   });
   EXPECT_EQ(requester.await(request), Strings{"done"});
 }
 
-RUN_OVER_EVERY_TRANSPORT(Waiting);
+RUN_OVER_EVERY_CARRIER(Waiting);
 
 }  // namespace
 }  // namespace end_to_end

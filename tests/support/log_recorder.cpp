@@ -1,5 +1,6 @@
 #include "support/log_recorder.hpp"
 
+#include <mutex>
 #include <ostream>
 
 namespace support {
@@ -14,40 +15,56 @@ std::string filled(const QVXLogMessage& log_template, const std::string& argumen
   return text.replace(text.find("%s"), 2, argument);
 }
 
+namespace {
+
+// A thread may still be writing a line to a recorder that has just been destroyed.
+std::mutex mutex;
+LogRecorder* recording = nullptr;
+
+}  // namespace
+
 LogRecorder::LogRecorder()
     : instrumentation_mask_(DDSLog_g_instrumentationMask), submodule_mask_(DDSLog_g_submoduleMask) {
-  DDSLog_set_sink(&LogRecorder::record, this);
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    recording = this;
+  }
+  DDSLog_set_sink(&LogRecorder::record, nullptr);
 }
 
 LogRecorder::~LogRecorder() {
   DDSLog_set_sink(nullptr, nullptr);
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    recording = nullptr;
+  }
   DDSLog_g_instrumentationMask = instrumentation_mask_;
   DDSLog_g_submoduleMask = submodule_mask_;
 }
 
 std::vector<LogLine> LogRecorder::lines() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const std::lock_guard<std::mutex> lock(mutex);
   return lines_;
 }
 
 std::vector<LogLine> LogRecorder::other_lines() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const std::lock_guard<std::mutex> lock(mutex);
   return other_lines_;
 }
 
 void LogRecorder::clear() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const std::lock_guard<std::mutex> lock(mutex);
   lines_.clear();
   other_lines_.clear();
 }
 
-void LogRecorder::record(void* param, int level, const char* file, int line, const char* context,
+void LogRecorder::record(void* /*param*/, int level, const char* file, int line, const char* context,
                          const QVXLogMessage* log_template, const char* text) {
-  LogRecorder& recorder = *static_cast<LogRecorder*>(param);
   const LogLine entry{level, file, line, context, log_template, text};
-  const std::lock_guard<std::mutex> lock(recorder.mutex_);
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (recording == nullptr) { return; }
   const bool ours = entry.file.compare(0, 13, "requestreply/") == 0;
-  (ours ? recorder.lines_ : recorder.other_lines_).push_back(entry);
+  (ours ? recording->lines_ : recording->other_lines_).push_back(entry);
 }
 
 }  // namespace support

@@ -2,7 +2,6 @@
 
 #include <dds/log.hpp>
 #include <iosfwd>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -21,7 +20,8 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line);
 /// What the template's text becomes with `argument`.
 std::string filled(const QVXLogMessage& log_template, const std::string& argument);
 
-/// Catches all log lines of its lifetime, from any thread; the masks are what they were again afterwards.
+/// Catches all log lines of its lifetime, from any thread; the masks are what they were again afterwards. One at a
+/// time.
 class LogRecorder {
  public:
   LogRecorder();
@@ -36,10 +36,9 @@ class LogRecorder {
   void clear();
 
  private:
-  static void record(void* param, int level, const char* file, int line, const char* context,
+  static void record(void*, int level, const char* file, int line, const char* context,
                      const QVXLogMessage* log_template, const char* text);
 
-  mutable std::mutex mutex_;
   std::vector<LogLine> lines_;
   std::vector<LogLine> other_lines_;
   const unsigned int instrumentation_mask_;

@@ -27,9 +27,14 @@ class Watchdog {
   void arm(const std::string& name) {
     const std::lock_guard<std::mutex> lock(mutex_);
     name_ = name;
+    waiting_for_.clear();
     deadline_ = Clock::now() + kLimit;
     armed_ = true;
     changed_.notify_all();
+  }
+  void tell(const std::string& waiting_for) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    waiting_for_ = waiting_for;
   }
   void disarm() {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -59,8 +64,8 @@ class Watchdog {
       } else if (Clock::now() < deadline_) {
         changed_.wait_until(lock, deadline_);
       } else {
-        std::fprintf(stderr, "%s has run for more than %lld s\n", name_.c_str(),
-                     static_cast<long long>(kLimit.count()));
+        std::fprintf(stderr, "%s has run for more than %lld s\n%s\n", name_.c_str(),
+                     static_cast<long long>(kLimit.count()), waiting_for_.c_str());
         std::abort();
       }
     }
@@ -69,6 +74,7 @@ class Watchdog {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::string name_;
+  std::string waiting_for_;  // last, or empty
   Clock::time_point deadline_;
   bool armed_ = false;
   bool ended_ = false;
@@ -83,6 +89,8 @@ class WatchdogListener : public ::testing::EmptyTestEventListener {
 };
 
 }  // namespace
+
+void tell_watchdog(const std::string& waiting_for) { Watchdog::get().tell(waiting_for); }
 
 void install_watchdog() { ::testing::UnitTest::GetInstance()->listeners().Append(new WatchdogListener); }
 

@@ -8,16 +8,8 @@
 namespace typed {
 namespace {
 
-using Texts = std::vector<std::string>;
-
 class TypedRequester : public TypedService {
  protected:
-  /// Sends replies with these texts to the next request that comes.
-  static void reply_to_next(Replier& replier, const Texts& texts) {
-    const auto question = replier.receive_request(kLong);
-    ASSERT_TRUE(question);
-    for (const std::string& text : texts) { replier.send_reply(answer(question->data(), text), *question); }
-  }
   template <class Replies>
   static Texts texts(Replies&& replies) {
     Texts result;
@@ -28,11 +20,11 @@ class TypedRequester : public TypedService {
 
 TEST_P(TypedRequester, CallReturnsTheFirstReplyAndThrowsTheOthersAway) {
   Requester requester = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   Thread answering([&] {
-    reply_to_next(replier, {"first", "second"});
-    reply_to_next(replier, {"last"});
+    replier->reply_to_next({"first", "second"});
+    replier->reply_to_next({"last"});
   });
   const Answer reply = requester.call({1, 2}, kLong);
   EXPECT_EQ(reply.asker, 1);
@@ -46,49 +38,49 @@ TEST_P(TypedRequester, CallReturnsTheFirstReplyAndThrowsTheOthersAway) {
 
 TEST_P(TypedRequester, CallThatTimesOutSaysSoAndLateRepliesAreCountedAndGone) {
   Requester requester = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   EXPECT_THROW(requester.call({1, 2}, 1ms), zemtra::TimeoutException);
   EXPECT_THROW(requester.call({1, 3}, DDS_DURATION_ZERO), zemtra::TimeoutException);
-  reply_to_next(replier, {"too late", "later still"});
-  EXPECT_EQ(requester.discarded_replies(), 2);
+  replier->reply_to_next({"too late", "later still"});
+  AWAIT_EQ(requester.discarded_replies(), 2);
   EXPECT_FALSE(requester.wait_for_replies(1ms));
 }
 
 TEST_P(TypedRequester, PendingRequestHandsOutRepliesAsTheyComeUntilACountAPredicateOrTheDeadline) {
   Requester requester = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   auto pending = requester.send({1, 1}, kLong);
-  reply_to_next(replier, {"a", "b", "c", "d", "stop", "e"});
+  replier->reply_to_next({"a", "b", "c", "d", "stop", "e"});
   EXPECT_EQ(texts(pending.replies(0)), Texts{});
   EXPECT_EQ(texts(pending.replies(2)), (Texts{"a", "b"}));
   EXPECT_EQ(pending.next()->data().text, "c");
   EXPECT_EQ(texts(pending.until([](const auto& reply) { return reply.data().text == "stop"; })), (Texts{"d", "stop"}));
 
-  auto brief = requester.send({1, 2}, 20ms);
-  reply_to_next(replier, {"x", "y"});
+  auto brief = requester.send({1, 2}, GetParam().in_process() ? 20ms : 500ms);
+  replier->reply_to_next({"x", "y"});
   EXPECT_EQ(texts(brief), (Texts{"x", "y"})) << "what came in time, then the deadline";
   EXPECT_FALSE(brief.next());
   EXPECT_EQ(pending.next()->data().text, "e") << "the other request is still pending";
 
   auto many = requester.send({1, 3}, kLong);
-  Thread answering([&] { reply_to_next(replier, Texts(200, "many")); });
+  Thread answering([&] { replier->reply_to_next(Texts(200, "many")); });
   EXPECT_EQ(texts(many.replies(200)).size(), 200u);
 }
 
 TEST_P(TypedRequester, DroppedPendingRequestTakesItsRepliesWithItAndAMovedOneDoesNot) {
   Requester requester = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   std::vector<zemtra::PendingRequest<Answer>> pending;
   for (int i = 0; i < 3; ++i) { pending.push_back(requester.send({1, i}, kLong)); }
-  reply_to_next(replier, {"0a", "0b"});
+  replier->reply_to_next({"0a", "0b"});
   EXPECT_EQ(pending[0].next()->data().text, "0a") << "moved while the vector grew";
   pending[0] = std::move(pending[2]);
   EXPECT_FALSE(pending[2].next()) << "moved from";  // NOLINT(bugprone-use-after-move)
-  reply_to_next(replier, {"1"});
-  reply_to_next(replier, {"2"});
+  replier->reply_to_next({"1"});
+  replier->reply_to_next({"2"});
   EXPECT_EQ(pending[0].next()->data().text, "2");
   pending.clear();
   EXPECT_EQ(requester.discarded_replies(), 2) << "\"0b\" and \"1\"";
@@ -97,7 +89,7 @@ TEST_P(TypedRequester, DroppedPendingRequestTakesItsRepliesWithItAndAMovedOneDoe
 
 TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
   Requester requester = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   const DDS_SampleIdentity_t first = requester.send_request({1, 1});
   zemtra::WriteSample<Question> sample(Question{1, 2});
@@ -107,8 +99,8 @@ TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
   EXPECT_TRUE(requester.receive_replies(first, 1ms).empty());
   EXPECT_THROW(requester.receive_replies(first, 0ms), zemtra::BadParameterException);
   EXPECT_THROW(make_requester().take_reply(first), zemtra::BadParameterException) << "another requester's";
-  reply_to_next(replier, {"1a", "1b", "1c"});
-  reply_to_next(replier, {"2a", "2b", "2c", "2d"});
+  replier->reply_to_next({"1a", "1b", "1c"});
+  replier->reply_to_next({"2a", "2b", "2c", "2d"});
 
   EXPECT_TRUE(requester.wait_for_replies(kLong, 7));
   EXPECT_TRUE(requester.wait_for_replies(second, kLong, 4));
@@ -130,14 +122,14 @@ TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
 
 TEST_P(TypedRequester, IsNotKeptWaitingByOneWhoReadsItsReply) {
   Requester requester = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   for (int i = 0; i < scaled(200); ++i) {
     std::atomic<bool> over{false};
     Thread reading([&] {
       while (!over) { requester.read_replies(); }
     });
-    Thread answering([&] { reply_to_next(replier, {"seen"}); });
+    Thread answering([&] { replier->reply_to_next({"seen"}); });
     EXPECT_EQ(requester.call({1, i}, kLong).text, "seen");
     over = true;
   }
@@ -145,30 +137,31 @@ TEST_P(TypedRequester, IsNotKeptWaitingByOneWhoReadsItsReply) {
 
 TEST_P(TypedRequester, RefusesTopicsOfAnotherType) {
   Requester requester = make_requester();
-  const auto other_types = [&] { zemtra::Requester<Answer, Question>(requester_participant(), "Calc"); };
+  const auto other_types = [&] { zemtra::Requester<Answer, Question>(participant(), "Calc"); };
   EXPECT_THROW(other_types(), zemtra::PreconditionNotMetException);
-  const auto builtin_type = [&] { zemtra::Replier<Question, std::string>(requester_participant(), "Calc"); };
+  const auto builtin_type = [&] { zemtra::Replier<Question, std::string>(participant(), "Calc"); };
   EXPECT_THROW(builtin_type(), zemtra::PreconditionNotMetException);
 }
 
 TEST_P(TypedRequester, AbandonsItsOwnRequestsOnly) {
   Requester requester = make_requester();
   Requester other = make_requester();
-  Replier replier = make_replier();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
   ASSERT_TRUE(requester.wait_for_service(kLong));
   ASSERT_TRUE(other.wait_for_service(kLong));
   const DDS_SampleIdentity_t own = requester.send_request({1, 1});
-  reply_to_next(replier, {"own"});
+  replier->reply_to_next({"own"});
   const DDS_SampleIdentity_t others = other.send_request({2, 1});
   EXPECT_EQ(own.sequence_number, others.sequence_number);
   requester.abandon(others);
+  ASSERT_TRUE(requester.wait_for_replies(own, kLong));
   EXPECT_EQ(requester.read_reply(own)->data().text, "own");
   requester.abandon(own);
   EXPECT_FALSE(requester.read_reply(own));
   EXPECT_EQ(requester.discarded_replies(), 1);
 }
 
-RUN_OVER_EVERY_TRANSPORT(TypedRequester);
+RUN_OVER_EVERY_CARRIER(TypedRequester);
 
 }  // namespace
 }  // namespace typed

@@ -1,77 +1,66 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
-#include <ostream>
 #include <string>
 
-#include <zemtra/zemtra.hpp>
-
-#include "end_to_end/transport.hpp"
+#include "end_to_end/side.hpp"
+#include "ends.hpp"
+#include "support/await.hpp"
 #include "support/log_recorder.hpp"
-#include "support/scale.hpp"
 #include "support/thread.hpp"
 
 namespace typed {
 
 using namespace std::chrono_literals;
-using support::scaled;
 using support::Thread;
 
-struct Question {
-  int asker;
-  int number;
-};
-struct Answer {
-  int asker;
-  int number;
-  std::string text;
-};
-
-inline Answer answer(const Question& question, const std::string& text = "") {
-  return {question.asker, question.number, text};
-}
-
-/// How long a test waits for what is to happen; the watchdog ends it before.
-constexpr auto kLong = std::chrono::hours(1);
-
-/// The two sides of the service "Calc" over the transport under test.
-class TypedService : public ::testing::TestWithParam<end_to_end::Transport> {
+/// The two sides of the service "Calc" over the carrier under test. The end that a test is about lives in this process.
+class TypedService : public ::testing::TestWithParam<support::Carrier> {
  protected:
   using Requester = zemtra::Requester<Question, Answer>;
   using Replier = zemtra::Replier<Question, Answer>;
   using HandlerReplier = zemtra::HandlerReplier<Question, Answer>;
 
-  TypedService() : requester_side_(std::make_unique<end_to_end::Side>(GetParam())) {
-    if (GetParam().participant_per_side) { replier_side_ = std::make_unique<end_to_end::Side>(GetParam()); }
-    expect_topics("Calc");
+  TypedService() {
+    if (GetParam().across_processes()) { other_process_ = start_other_end(support::own_domain()); }
+    if (GetParam().ends == support::Carrier::participant_each) { other_side_ = make_side("Calc"); }
+    side_ = make_side("Calc");
   }
 
-  /// The topics that a service leaves behind.
-  void expect_topics(const std::string& service) {
-    for (const char* end : {"Request", "Reply"}) {
-      requester_side_->expect_topic(service + end);
-      if (replier_side_ != nullptr) { replier_side_->expect_topic(service + end); }
-    }
-  }
-
-  DDSDomainParticipant* requester_participant() { return requester_side_->get(); }
-  DDSDomainParticipant* replier_participant() {
-    return replier_side_ == nullptr ? requester_side_->get() : replier_side_->get();
-  }
-  Requester make_requester() { return {requester_participant(), "Calc"}; }
-  Replier make_replier() { return {replier_participant(), "Calc"}; }
+  DDSDomainParticipant* participant() { return side_->get(); }
+  DDSDomainParticipant* others_participant() { return (other_side_ == nullptr ? side_ : other_side_)->get(); }
+  Requester make_requester() { return {participant(), "Calc"}; }
+  Replier make_replier() { return {participant(), "Calc"}; }
   template <class... Arguments>
   HandlerReplier make_handler_replier(Arguments... arguments) {
-    return {replier_participant(), "Calc", std::move(arguments)...};
+    return {participant(), "Calc", std::move(arguments)...};
   }
+  std::unique_ptr<OtherRequester> make_other_requester() {
+    return other_process_ != nullptr ? create_requester(*other_process_) : create_requester(others_participant());
+  }
+  std::unique_ptr<OtherReplier> make_other_replier(const ReplierKind& kind = {}) {
+    return other_process_ != nullptr ? create_replier(*other_process_, kind)
+                                     : create_replier(others_participant(), kind);
+  }
+  static int scaled(int count) { return GetParam().scaled(count); }
+
+  static std::unique_ptr<end_to_end::Side> make_side(const std::string& service) {
+    auto side = std::make_unique<end_to_end::Side>(GetParam(), support::own_domain());
+    side->expect_topics_of(service);
+    return side;
+  }
+  /// A further service of this side.
+  void expect_topics(const std::string& service) { side_->expect_topics_of(service); }
 
  private:
-  std::unique_ptr<end_to_end::Side> requester_side_;
-  std::unique_ptr<end_to_end::Side> replier_side_;
+  std::unique_ptr<support::OtherProcess> other_process_;
+  std::unique_ptr<end_to_end::Side> other_side_;
+  std::unique_ptr<end_to_end::Side> side_;
 };
 
-#define RUN_OVER_EVERY_TRANSPORT(suite)                                                  \
-  INSTANTIATE_TEST_SUITE_P(Over, suite, ::testing::ValuesIn(::end_to_end::transports()), \
-                           [](const auto& test) { return std::string(test.param.name); })
+#define RUN_OVER_EVERY_CARRIER(suite) \
+  INSTANTIATE_TEST_SUITE_P(Over, suite, ::testing::ValuesIn(::support::carriers()), ::support::carrier_name)
 
 }  // namespace typed

@@ -87,6 +87,7 @@ ddsi_serdata* from_fragments(const ddsi_sertype* type, ddsi_serdata_kind kind, c
     free_data(data);
     return nullptr;
   }
+  hand_over(data);
   return data;
 }
 
@@ -101,6 +102,7 @@ ddsi_serdata* from_vector(const ddsi_sertype* type, ddsi_serdata_kind kind, ddsr
     std::memcpy(data->octets() + offset, parts[i].iov_base, part);
     offset += part;
   }
+  hand_over(data);
   return data;
 }
 
@@ -288,6 +290,7 @@ void take_all(dds_entity_t reader, void* events) {
     const dds_return_t count = dds_takecdr(reader, packets, most, infos, DDS_ANY_STATE);
     for (dds_return_t i = 0; i < count; ++i) {
       const PacketData* data = packet_data(packets[i]);
+      take_over(data);
       if (infos[i].valid_data) {
         (static_cast<EngineEvents*>(events)->*receive)(infos[i].publication_handle, data->octets(), data->size);
       }
