@@ -5,7 +5,7 @@ JOBS=$(nproc)
 
 BUILD_PACKAGES=(cmake ninja-build g++ libboost1.81-dev libfastcdr-dev fastddsgen cyclonedds-dev cyclonedds-tools)
 LINT_PACKAGES=("${BUILD_PACKAGES[@]}" clang clang-format clang-tidy)
-TEST_PACKAGES=("${LINT_PACKAGES[@]}" libgtest-dev libgmock-dev)
+TEST_PACKAGES=("${LINT_PACKAGES[@]}" libgtest-dev libgmock-dev iproute2)
 FUZZ_PACKAGES=("${TEST_PACKAGES[@]}" libclang-rt-14-dev)
 
 say() { printf '\n== %s\n' "$*"; }

@@ -36,6 +36,10 @@ class Watchdog {
     const std::lock_guard<std::mutex> lock(mutex_);
     waiting_for_ = waiting_for;
   }
+  void extend() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    deadline_ = Clock::now() + kLimit;
+  }
   void disarm() {
     const std::lock_guard<std::mutex> lock(mutex_);
     armed_ = false;
@@ -93,5 +97,7 @@ class WatchdogListener : public ::testing::EmptyTestEventListener {
 void tell_watchdog(const std::string& waiting_for) { Watchdog::get().tell(waiting_for); }
 
 void install_watchdog() { ::testing::UnitTest::GetInstance()->listeners().Append(new WatchdogListener); }
+
+void extend_watchdog() { Watchdog::get().extend(); }
 
 }  // namespace support

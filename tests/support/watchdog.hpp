@@ -10,5 +10,7 @@ void install_watchdog();
 
 /// What the running test waits for, for the watchdog to say. Any thread.
 void tell_watchdog(const std::string& waiting_for);
+/// Gives the running test another 120 s. For tests of many steps, each of which is short.
+void extend_watchdog();
 
 }  // namespace support

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <iterator>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "child.hpp"
+#include "support/scale.hpp"
+#include "support/watchdog.hpp"
+
+namespace processes {
+
+/// How often something is repeated: seldom among the other tests, often in a soak run, for which the environment
+/// variable ZEMTRA_SOAK is set.
+inline int repetitions(int short_form, int long_form) {
+  return std::getenv("ZEMTRA_SOAK") != nullptr ? long_form : support::scaled(short_form);
+}
+
+/// Waits for a state that comes by itself.
+inline void until(const std::string& what, const std::function<bool()>& holds) {
+  constexpr auto patience = std::chrono::seconds(100);
+  for (const auto begin = std::chrono::steady_clock::now(); !holds();) {
+    if (std::chrono::steady_clock::now() - begin > patience) { throw std::runtime_error("never: " + what); }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+/// The numbers in a line.
+inline std::vector<int> numbers(const std::string& line) {
+  std::istringstream words(line);
+  return {std::istream_iterator<int>(words), {}};
+}
+
+/// Starts processes that meet nobody but each other.
+class ProcessTest : public ::testing::Test {
+ protected:
+  static std::string service() { return "Service" + std::to_string(getpid()); }
+  Child start(const std::string& role, const Words& options = {}, const Words& prefix = {}) const {
+    Words command = prefix;
+    command.insert(command.end(), {PROCESSES_PEER, role, "dds.transport=rtps", "service=" + service(),
+                                   "domain=" + std::to_string(getpid() % 231)});
+    command.insert(command.end(), common.begin(), common.end());
+    command.insert(command.end(), options.begin(), options.end());
+    return Child(command);
+  }
+
+  /// Starts a process that makes writers and readers.
+  Child start_endpoints(const Words& orders) const {
+    Child child = start("endpoints");
+    for (const std::string& order : orders) { child.ask(order); }
+    return child;
+  }
+
+  Words common;  // options of all processes
+};
+
+/// A process is soon taken for dead, but not because it has been busy.
+inline std::string short_lease() {
+  return "dds.transport.rtps.lease_milliseconds=" + std::to_string(support::slowdown() > 1 ? 1500 : 300);
+}
+
+}  // namespace processes
