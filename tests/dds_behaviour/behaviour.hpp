@@ -95,7 +95,6 @@ class OverCarrier
           std::conditional_t<sizeof...(Further) == 0, support::Carrier, std::tuple<support::Carrier, Further...>>> {
  protected:
   OverCarrier() : setting_(carrier_of(OverCarrier::GetParam())) {}
-  auto further() const { return std::get<1>(OverCarrier::GetParam()); }
 
  private:
   static const support::Carrier& carrier_of(const support::Carrier& parameter) { return parameter; }

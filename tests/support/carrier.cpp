@@ -14,9 +14,6 @@ namespace support {
 
 namespace {
 
-/// Whether the rtps transport is there.
-constexpr bool kRtps = true;
-
 // There are more, but their ports are among those that the system gives to sockets that ask for none.
 constexpr DDS_DomainId_t kDomains = 100;
 
@@ -40,14 +37,11 @@ DDS_DomainId_t claim_domain() {
 }  // namespace
 
 std::vector<Carrier> carriers() {
-  std::vector<Carrier> result = {{"InProcess", "in_process", Carrier::one_participant},
-                                 {"InProcessBetweenParticipants", "in_process", Carrier::participant_each}};
-  if (kRtps) {
-    result.push_back({"RtpsWithinParticipant", "rtps", Carrier::one_participant});
-    result.push_back({"Rtps", "rtps", Carrier::participant_each});
-    result.push_back(kAcrossProcesses);
-  }
-  return result;
+  return {{"InProcess", "in_process", Carrier::one_participant},
+          {"InProcessBetweenParticipants", "in_process", Carrier::participant_each},
+          {"RtpsWithinParticipant", "rtps", Carrier::one_participant},
+          {"Rtps", "rtps", Carrier::participant_each},
+          kAcrossProcesses};
 }
 
 std::vector<Carrier> carriers_of_one_process() {
