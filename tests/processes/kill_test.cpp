@@ -11,8 +11,6 @@ namespace {
 // - Who has nothing to do with the dead one does not notice.
 class Kill : public ProcessTest {
  protected:
-  Kill() { common = {short_lease()}; }
-
   /// Starts a requester that sends on and on.
   Child start_stream(int id, const Words& more = {}) const {
     Words options = {"id=" + std::to_string(id), "ahead=16"};
@@ -41,7 +39,7 @@ TEST_F(Kill, OfARequesterDisturbsNobody) {
   await_progress(bystander);
   Usage usage(replier);
   for (int id = 1; id <= count; ++id) {
-    Child victim = start_stream(id, {"telling=1"});
+    Child victim = start_stream(id, {"telling=1", mortal});
     const int enough = 20 + id * 37 % 100;
     victim.await("reply " + std::to_string(enough));
     victim.kill();
@@ -67,7 +65,7 @@ TEST_F(Kill, OfARequesterDisturbsNobody) {
 TEST_F(Kill, OfAReplierLeavesItsRequesterReadyForTheNext) {
   const int count = repetitions(8, 250);
   Child requester = start_stream(0);
-  Child first = start("replier");
+  Child first = start("replier", {mortal});
   await_progress(requester);
   Usage usage(requester);
   first.kill();
@@ -76,7 +74,7 @@ TEST_F(Kill, OfAReplierLeavesItsRequesterReadyForTheNext) {
     if (i % 2 == 0) {
       until("the requester misses the replier", [&] { return requester.ask_number("others") == 0; });
     }
-    Child victim = start("replier");
+    Child victim = start("replier", {mortal});
     await_progress(requester);
     until("the one replier", [&] { return requester.ask_number("others") == 1; });
     usage.await_initial();
@@ -109,13 +107,12 @@ class JustStarted : public Kill, public ::testing::WithParamInterface<bool> {
 TEST_P(JustStarted, ProcessesMayGoAtAnyMoment) {
   const bool killed = GetParam();
   const int count = repetitions(6, 150);
-  Child survivor = start("endpoints");
-  for (const char* order : {"reader Topic -1 0", "writer Topic -1"}) { survivor.ask(order); }
+  Child survivor = start_endpoints({"reader Topic -1 0", "writer Topic -1"});
   Usage usage(survivor);
   for (int i = 0; i < count; ++i) {
     std::vector<Child> victims;
     for (int k = 0; k < 4; ++k) {
-      victims.push_back(start("endpoints"));
+      victims.push_back(start("endpoints", {mortal}));
       victims.back().say("writer Topic -1");
       victims.back().say("reader Topic -1 0");
     }
@@ -132,8 +129,7 @@ TEST_P(JustStarted, ProcessesMayGoAtAnyMoment) {
     support::extend_watchdog();
   }
   usage.expect_no_growth();
-  Child guest = start("endpoints");
-  guest.ask("reader Topic -1 0");
+  Child guest = start_endpoints({"reader Topic -1 0"});
   survivor.ask("readers Topic 2");
   guest.finish();
   survivor.finish();

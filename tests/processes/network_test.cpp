@@ -18,6 +18,8 @@ struct Setting {
 
 class TwoHosts : public ProcessTest, public ::testing::WithParamInterface<Setting> {
  protected:
+  // The shorter the lease, the more often the processes announce themselves.
+  TwoHosts() { common = {lease(5000)}; }
   static Words joined(Words options, const Words& more) {
     options.insert(options.end(), more.begin(), more.end());
     return options;

@@ -54,18 +54,19 @@ class ProcessTest : public ::testing::Test {
   }
 
   /// Starts a process that makes writers and readers.
-  Child start_endpoints(const Words& orders) const {
-    Child child = start("endpoints");
+  Child start_endpoints(const Words& orders, const Words& options = {}) const {
+    Child child = start("endpoints", options);
     for (const std::string& order : orders) { child.ask(order); }
     return child;
   }
+  static std::string lease(int milliseconds) {
+    return "dds.transport.rtps.lease_milliseconds=" + std::to_string(milliseconds);
+  }
 
-  Words common;  // options of all processes
+  /// For processes that are to die: each says itself after which silence it is to be taken for dead.
+  const std::string mortal = lease(support::slowdown() > 1 ? 1500 : 300);
+  /// Options of all processes. Nobody is taken for dead who is only busy, on however busy a machine.
+  Words common = {lease(600000)};
 };
-
-/// A process is soon taken for dead, but not because it has been busy.
-inline std::string short_lease() {
-  return "dds.transport.rtps.lease_milliseconds=" + std::to_string(support::slowdown() > 1 ? 1500 : 300);
-}
 
 }  // namespace processes

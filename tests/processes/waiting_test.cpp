@@ -10,9 +10,6 @@ namespace {
 /// Writers with several threads, and readers in other processes that do not take.
 class Waiting : public ProcessTest {
  protected:
-  // Nobody is taken for dead who is only stopped.
-  Waiting() { common = {"dds.transport.rtps.lease_milliseconds=600000"}; }
-
   /// What has been written, or taken, in the order of the sequence numbers. All of one writer.
   static Words in_order(Words samples) {
     const auto number = [](const std::string& sample) { return numbers(sample.substr(sample.find(' ')))[1]; };

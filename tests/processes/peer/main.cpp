@@ -15,13 +15,11 @@ Options::Options(int argc, char** argv) {
     const std::string argument = argv[i];
     const std::size_t equals = argument.find('=');
     if (equals == std::string::npos) { fail("no value: " + argument); }
-    const std::string name = argument.substr(0, equals);
-    const std::string value = argument.substr(equals + 1);
-    if (name.rfind("dds.", 0) == 0) {
-      check(DDSPropertyQosPolicyHelper::add_property(qos_.property, name.c_str(), value.c_str(), false), "property");
-    } else {
-      values_[name] = value;
-    }
+    values_[argument.substr(0, equals)] = argument.substr(equals + 1);
+  }
+  for (const auto& [name, value] : values_) {
+    if (name.rfind("dds.", 0) != 0) { continue; }
+    check(DDSPropertyQosPolicyHelper::add_property(qos_.property, name.c_str(), value.c_str(), false), "property");
   }
 }
 

@@ -13,7 +13,7 @@
 
 namespace peer {
 
-/// "name=value" each. Those that begin with "dds." are the participant's properties.
+/// "name=value" each; of one name the last counts. Those that begin with "dds." are the participant's properties.
 class Options {
  public:
   Options(int argc, char** argv);
