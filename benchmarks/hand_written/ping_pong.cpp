@@ -42,19 +42,19 @@ std::string receive_buffer() {
   return std::to_string(std::min(wanted, given / 2)) + "B";
 }
 
-// As the transport of the library has it (dds/src/rtps/engine.cpp).
+// As the transport of the library has it (dds/src/rtps/engine.cpp), with the lease of the other benchmarks.
 std::string configuration(int domain) {
   const std::string buffer = receive_buffer();
   return R"(<Domain id="any"><General><Interfaces><NetworkInterface name="lo" multicast="true"/></Interfaces>
     <AllowMulticast>spdp</AllowMulticast><MaxMessageSize>65500B</MaxMessageSize><FragmentSize>65000B</FragmentSize>
     </General><Discovery><ExternalDomainId>)" +
          std::to_string(domain) +
-         R"(</ExternalDomainId><ParticipantIndex>none</ParticipantIndex><LeaseDuration>2s</LeaseDuration></Discovery>
+         R"(</ExternalDomainId><ParticipantIndex>none</ParticipantIndex><LeaseDuration>20s</LeaseDuration></Discovery>
     <Internal><SocketSendBufferSize min="default" max="1MiB"/><SocketReceiveBufferSize min=")" +
          buffer + R"(" max=")" + buffer + R"("/>
     <Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>
-    <HeartbeatInterval min="1ms" minsched="1ms" max="100ms">1ms</HeartbeatInterval><NackDelay>5ms</NackDelay>
-    <AckDelay>100us</AckDelay></Internal></Domain>)";
+    <HeartbeatInterval min="5ms" minsched="10ms" max="1s">10ms</HeartbeatInterval><NackDelay>5ms</NackDelay>
+    <AckDelay>1ms</AckDelay></Internal></Domain>)";
 }
 
 /// Samples that a reader has lent.

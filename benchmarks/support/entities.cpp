@@ -9,11 +9,17 @@ namespace bench {
 
 namespace {
 
+void add_property(DDS_DomainParticipantQos& qos, const char* name, const char* value) {
+  zemtra::check_retcode(DDSPropertyQosPolicyHelper::add_property(qos.property, name, value, false), "add_property",
+                        QVX_LOG_ANY_FAILURE_s, "add property", true);
+}
+
 DDS_DomainParticipantQos qos_of(Transport transport) {
   DDS_DomainParticipantQos qos = DDS_PARTICIPANT_QOS_DEFAULT;
   if (transport == Transport::rtps) {
-    zemtra::check_retcode(DDSPropertyQosPolicyHelper::add_property(qos.property, "dds.transport", "rtps", false),
-                          "qos_of", QVX_LOG_ANY_FAILURE_s, "add property", true);
+    add_property(qos, "dds.transport", "rtps");
+    // Dozens of processes on few processors are to be slow rather than lose each other.
+    add_property(qos, "dds.transport.rtps.lease_milliseconds", "20000");
   }
   return qos;
 }
