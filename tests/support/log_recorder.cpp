@@ -38,8 +38,9 @@ LogRecorder::~LogRecorder() {
     const std::lock_guard<std::mutex> lock(mutex);
     recording = nullptr;
   }
-  DDSLog_g_instrumentationMask = instrumentation_mask_;
-  DDSLog_g_submoduleMask = submodule_mask_;
+  // Only a test without threads that log changes them.
+  if (DDSLog_g_instrumentationMask != instrumentation_mask_) { DDSLog_g_instrumentationMask = instrumentation_mask_; }
+  if (DDSLog_g_submoduleMask != submodule_mask_) { DDSLog_g_submoduleMask = submodule_mask_; }
 }
 
 std::vector<LogLine> LogRecorder::lines() const {
