@@ -93,7 +93,7 @@ std::string Process::result(Clock::time_point deadline) {
 
 void hold_termination() {
   const sigset_t signals = termination();
-  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 void wait_for_termination() {
