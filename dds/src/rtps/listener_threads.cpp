@@ -37,7 +37,7 @@ ListenerThreads::Registration::~Registration() {
 
 ListenerThreads::ListenerThreads() : registration_(*this) {
   const MutexLock lock(mutex_);
-  threads_.reserve(kMostThreads);
+  workers_.reserve(kMostThreads);
   start_thread();
 }
 
@@ -46,26 +46,47 @@ ListenerThreads::~ListenerThreads() {
   {
     const MutexLock lock(mutex_);
     ending_ = true;
-    threads.swap(threads_);
+    for (Worker& worker : workers_) { threads.push_back(std::move(worker.thread)); }
   }
   event_.notify();
   for (std::thread& thread : threads) { thread.join(); }
 }
 
 void ListenerThreads::start_thread() {
-  threads_.emplace_back([this] { run(); });
+  const std::size_t worker = workers_.size();
+  workers_.emplace_back();
+  try {
+    workers_.back().thread = std::thread([=] { run(worker); });
+  } catch (const std::exception&) {
+    workers_.pop_back();
+    throw;
+  }
+}
+
+void ListenerThreads::start_thread_if_needed() noexcept {
+  if (pending_.empty() || ending_ || failed_to_start_ || workers_.size() == kMostThreads) { return; }
+  if (!std::all_of(workers_.begin(), workers_.end(), [](const Worker& worker) { return worker.busy; })) { return; }
+  // Without another thread the call waits for one of those there are.
+  try {
+    start_thread();
+  } catch (const std::exception&) { failed_to_start_ = true; }
+}
+
+void ListenerThreads::free_workers_of(CallbackList& callbacks) {
+  for (Worker& worker : workers_) {
+    if (worker.call == nullptr || !callbacks.remove(*worker.call)) { continue; }
+    callbacks.push_back(worker.call);
+    worker.busy = false;
+    worker.call = nullptr;
+  }
 }
 
 void ListenerThreads::post(CallbackList& callbacks) noexcept {
   {
     const MutexLock lock(mutex_);
+    free_workers_of(callbacks);
     pending_.append(callbacks);
-    if (busy_ == threads_.size() && threads_.size() < kMostThreads && !ending_ && !failed_to_start_) {
-      // Without another thread the call waits for one of those there are.
-      try {
-        start_thread();
-      } catch (const std::exception&) { failed_to_start_ = true; }
-    }
+    start_thread_if_needed();
   }
   event_.notify();
 }
@@ -91,11 +112,11 @@ void ListenerThreads::log_somewhere(const char* context, const char* text) noexc
   } catch (const std::bad_alloc&) { return; }
 }
 
-void ListenerThreads::run() {
+void ListenerThreads::run(std::size_t worker) {
   Deadline never(DDS_DURATION_INFINITE);
   for (;;) {
     const std::uint32_t ticket = event_.ticket();
-    if (run_once()) { continue; }
+    if (run_once(worker)) { continue; }
     {
       const MutexLock lock(mutex_);
       if (ending_) { return; }
@@ -105,7 +126,7 @@ void ListenerThreads::run() {
 }
 
 // One call at a time, so that those behind it can be taken back or go to another thread.
-bool ListenerThreads::run_once() {
+bool ListenerThreads::run_once(std::size_t worker) {
   Callback* callback = nullptr;
   std::vector<Line> lines;
   {
@@ -113,12 +134,16 @@ bool ListenerThreads::run_once() {
     if (!pending_.empty()) { callback = pending_.pop_front(); }
     lines.swap(lines_);
     if (callback == nullptr && lines.empty()) { return false; }
-    ++busy_;
+    workers_[worker].busy = true;
+    workers_[worker].call = callback;
+    // Those behind it may be what it is going to wait for.
+    start_thread_if_needed();
   }
   for (const Line& line : lines) { DDS_LOG_FAILURE(line.context, QVX_LOG_ANY_FAILURE_s, "%s", line.text.c_str()); }
   if (callback != nullptr) { Notifications::run(callback); }
   const MutexLock lock(mutex_);
-  --busy_;
+  workers_[worker].busy = false;
+  workers_[worker].call = nullptr;
   return true;
 }
 

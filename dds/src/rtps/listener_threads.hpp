@@ -48,18 +48,27 @@ class ListenerThreads final : public CallbackExecutor {
     ListenerThreads& threads_;
   };
 
+  struct Worker {
+    bool busy = false;
+    Callback* call = nullptr;  // that it makes; it may have ended, and its object be gone
+    std::thread thread;
+  };
+
   void start_thread() DDS_REQUIRES(mutex_);
-  void run() DDS_EXCLUDES(mutex_);
+  /// One more for a call that is pending while all are busy.
+  void start_thread_if_needed() noexcept DDS_REQUIRES(mutex_);
+  /// A call that is posted anew has ended: the thread that made it is about to be free.
+  void free_workers_of(CallbackList& callbacks) DDS_REQUIRES(mutex_);
+  void run(std::size_t worker) DDS_EXCLUDES(mutex_);
   /// Does one thing; false when there was none.
-  bool run_once() DDS_EXCLUDES(mutex_);
+  bool run_once(std::size_t worker) DDS_EXCLUDES(mutex_);
 
   Mutex mutex_;
   CallbackList pending_ DDS_GUARDED_BY(mutex_);
   std::vector<Line> lines_ DDS_GUARDED_BY(mutex_);
-  std::size_t busy_ DDS_GUARDED_BY(mutex_) = 0;  // threads in a call
   bool ending_ DDS_GUARDED_BY(mutex_) = false;
   bool failed_to_start_ DDS_GUARDED_BY(mutex_) = false;  // a thread; it is not tried again
-  std::vector<std::thread> threads_ DDS_GUARDED_BY(mutex_);
+  std::vector<Worker> workers_ DDS_GUARDED_BY(mutex_);
   EventCount event_;
   const Registration registration_;
 };
