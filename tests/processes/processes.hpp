@@ -63,8 +63,9 @@ class ProcessTest : public ::testing::Test {
     return "dds.transport.rtps.lease_milliseconds=" + std::to_string(milliseconds);
   }
 
-  /// For processes that are to die: each says itself after which silence it is to be taken for dead.
-  const std::string mortal = lease(support::slowdown() > 1 ? 1500 : 300);
+  /// For processes that are to die: each says itself after which silence it is to be taken for dead. Not so short that
+  /// one might be silent that long on a busy machine.
+  const std::string mortal = lease(support::slowdown() > 1 ? 4000 : 1000);
   /// Options of all processes. Nobody is taken for dead who is only busy, on however busy a machine.
   Words common = {lease(600000)};
 };
