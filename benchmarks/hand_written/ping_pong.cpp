@@ -42,8 +42,13 @@ std::string receive_buffer() {
   return std::to_string(std::min(wanted, given / 2)) + "B";
 }
 
+// Half of that makes the engine ask for acknowledgements, all of it makes a writer wait.
+constexpr const char* most_unacknowledged = "2MiB";
+// A listener must never wait: it is the engine's receiving thread that acknowledgements come in on.
+constexpr const char* most_for_listener = "16MiB";
+
 // As the transport of the library has it (dds/src/rtps/engine.cpp), with the lease of the other benchmarks.
-std::string configuration(int domain) {
+std::string configuration(int domain, const std::string& most) {
   const std::string buffer = receive_buffer();
   return R"(<Domain id="any"><General><Interfaces><NetworkInterface name="lo" multicast="true"/></Interfaces>
     <AllowMulticast>spdp</AllowMulticast><MaxMessageSize>65500B</MaxMessageSize><FragmentSize>65000B</FragmentSize>
@@ -52,8 +57,9 @@ std::string configuration(int domain) {
          R"(</ExternalDomainId><ParticipantIndex>none</ParticipantIndex><LeaseDuration>20s</LeaseDuration></Discovery>
     <Internal><SocketSendBufferSize min="default" max="1MiB"/><SocketReceiveBufferSize min=")" +
          buffer + R"(" max=")" + buffer + R"("/>
-    <Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>
-    <HeartbeatInterval min="5ms" minsched="10ms" max="1s">10ms</HeartbeatInterval><NackDelay>5ms</NackDelay>
+    <Watermarks><WhcAdaptive>false</WhcAdaptive><WhcLow>0B</WhcLow><WhcHigh>)" +
+         most + "</WhcHigh><WhcHighInit>" + most + R"(</WhcHighInit></Watermarks>
+    <HeartbeatInterval min="0s" minsched="10ms" max="1s">10ms</HeartbeatInterval><NackDelay>5ms</NackDelay>
     <AckDelay>1ms</AckDelay></Internal></Domain>)";
 }
 
@@ -88,8 +94,10 @@ class Loan {
 /// A participant with a writer of one topic and a reader of the other.
 class End {
  public:
-  End(int domain, const char* written, const char* read, dds_on_data_available_fn on_data, void* argument)
-      : domain_(check(dds_create_domain(static_cast<dds_domainid_t>(domain), configuration(domain).c_str()), "domain")),
+  End(int domain, const char* written, const char* read, dds_on_data_available_fn on_data, void* argument,
+      const char* most = most_unacknowledged)
+      : domain_(check(dds_create_domain(static_cast<dds_domainid_t>(domain), configuration(domain, most).c_str()),
+                      "domain")),
         participant_(check(dds_create_participant(static_cast<dds_domainid_t>(domain), nullptr, nullptr),
                            "dds_create_participant")) {
     dds_qos_t* const qos = dds_create_qos();
@@ -173,7 +181,8 @@ bool answer_available(const End& end, dds_entity_t reader) {
 /// Answers in the engine's thread.
 class ListenerEcho {
  public:
-  explicit ListenerEcho(int domain) : end_(domain, "hand_written_reply", "hand_written_request", on_data, this) {
+  explicit ListenerEcho(int domain)
+      : end_(domain, "hand_written_reply", "hand_written_request", on_data, this, most_for_listener) {
     created_.tell();
   }
   void wait_for_stop() { stop_.wait(); }

@@ -18,9 +18,9 @@ void LoopbackChannel::send(Packet packet) {
   arrived_.notify();
 }
 
-std::vector<Packet> LoopbackChannel::receive() {
+PacketQueue LoopbackChannel::receive() {
   const MutexLock lock(mutex_);
-  return std::exchange(packets_, {});
+  return std::move(packets_);
 }
 
 }  // namespace dds::rtps

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vector>
+#include <memory>
 
 #include "rtps/engine.hpp"
 #include "rtps/listener_threads.hpp"
@@ -30,12 +30,12 @@ class LoopbackChannel final : public Channel {
   explicit LoopbackChannel(EventCount& arrived) : arrived_(arrived) {}
   void send(Packet packet) override DDS_EXCLUDES(mutex_);
   /// What has been sent since the last call.
-  std::vector<Packet> receive() DDS_EXCLUDES(mutex_);
+  PacketQueue receive() DDS_EXCLUDES(mutex_);
 
  private:
   EventCount& arrived_;
   Mutex mutex_;
-  std::vector<Packet> packets_ DDS_GUARDED_BY(mutex_);
+  PacketQueue packets_ DDS_GUARDED_BY(mutex_);
 };
 
 }  // namespace dds::rtps

@@ -30,6 +30,7 @@ constexpr std::size_t kAlignment = PacketMemory::kAlignment;
 struct PacketData : ddsi_serdata {
   PacketData() : ddsi_serdata() {}
   PacketListener* listener = nullptr;
+  PacketData* next = nullptr;  // in a queue
   std::uint32_t size = 0;
   std::size_t block_size = 0;
 
@@ -236,11 +237,14 @@ std::string configuration(const EngineConfig& config) {
   const std::string receive_buffer = std::to_string(config.receive_buffer_size) + "B";
   xml += "<SocketReceiveBufferSize min=\"" + receive_buffer + "\" max=\"" + receive_buffer + "\"/>";
   xml += "<SocketSendBufferSize min=\"default\" max=\"" + std::to_string(config.send_buffer_size) + "B\"/>";
-  // Who may send how much is decided above the engine, which must not make a thread wait on top of that.
-  xml +=
-      "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcHigh>1GB</WhcHigh><WhcHighInit>1GB</WhcHighInit></Watermarks>";
-  // As long as writing goes on, the engine asks for no acknowledgements: a full window waits for the heartbeat.
-  xml += "<HeartbeatInterval min=\"5ms\" minsched=\"10ms\" max=\"1s\">10ms</HeartbeatInterval>";
+  // As long as writing goes on, the engine asks for acknowledgements only when half of the high mark is not
+  // acknowledged, and then as often as the shortest interval allows.
+  const std::string most = std::to_string(kMostUnacknowledged) + "B";
+  xml += "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcLow>0B</WhcLow><WhcHigh>" + most + "</WhcHigh><WhcHighInit>" +
+         most + "</WhcHighInit></Watermarks>";
+  // When writing pauses it asks at once a heartbeat later. Not more often: dozens of processes that find each other
+  // would do little else.
+  xml += "<HeartbeatInterval min=\"0s\" minsched=\"10ms\" max=\"1s\">10ms</HeartbeatInterval>";
   // Those who wait for what is on its way do so before they delete a writer, all at once.
   xml += "<WriterLingerDuration>0s</WriterLingerDuration>";
   xml += "<NackDelay>5ms</NackDelay><AckDelay>1ms</AckDelay>";
@@ -323,6 +327,27 @@ void Packet::notify_release(PacketListener& listener) {
   packet_data(static_cast<ddsi_serdata*>(data_))->listener = &listener;
 }
 
+PacketQueue::~PacketQueue() {
+  while (!empty()) { pop_front(); }
+}
+
+void PacketQueue::push_back(Packet packet) {
+  auto* data = packet_data(static_cast<ddsi_serdata*>(packet.release()));
+  if (last_ == nullptr) {
+    first_ = data;
+  } else {
+    static_cast<PacketData*>(last_)->next = data;
+  }
+  last_ = data;
+}
+
+Packet PacketQueue::pop_front() {
+  auto* data = static_cast<PacketData*>(first_);
+  first_ = std::exchange(data->next, nullptr);
+  if (first_ == nullptr) { last_ = nullptr; }
+  return Packet(static_cast<ddsi_serdata*>(data));
+}
+
 EngineWriter::~EngineWriter() { dds_delete(writer_); }
 
 namespace {
@@ -339,8 +364,6 @@ bool write_to(dds_entity_t writer, Packet packet) {
 }  // namespace
 
 bool EngineWriter::write(Packet packet) { return write_to(writer_, std::move(packet)); }
-
-bool EngineWriter::matched() const { return dds_get_matched_subscriptions(writer_, nullptr, 0) > 0; }
 
 struct Engine::State {
   ~State();

@@ -9,6 +9,12 @@
 
 namespace dds::rtps {
 
+/// The engine makes a thread that writes wait, without a deadline, while more octets than that are not acknowledged. It
+/// asks for acknowledgements with every packet as soon as half of them are not.
+constexpr std::size_t kMostUnacknowledged = std::size_t{2} * 1024 * 1024;
+/// At most that much is a packet more to the engine than its octets; 80 it is in version 0.10.
+constexpr std::size_t kPacketOverhead = 128;
+
 /// What an engine instance is configured with; nothing else configures it.
 struct EngineConfig {
   std::uint32_t domain = 0;
@@ -55,7 +61,27 @@ class Packet {
   void* release() { return std::exchange(data_, nullptr); }
 
  private:
+  friend class PacketQueue;
   void* data_ = nullptr;
+};
+
+/// Packets in order. Takes no memory of its own. Move-only.
+class PacketQueue {
+ public:
+  PacketQueue() = default;
+  PacketQueue(PacketQueue&& other) noexcept
+      : first_(std::exchange(other.first_, nullptr)), last_(std::exchange(other.last_, nullptr)) {}
+  PacketQueue& operator=(PacketQueue&&) = delete;
+  ~PacketQueue();
+
+  bool empty() const { return first_ == nullptr; }
+  void push_back(Packet packet);
+  /// There is one.
+  Packet pop_front();
+
+ private:
+  void* first_ = nullptr;
+  void* last_ = nullptr;
 };
 
 /// Told by the engine's threads what comes in and who comes and goes.
@@ -69,7 +95,7 @@ class EngineEvents {
   virtual void on_presence(std::uint64_t writer, const unsigned char* octets, std::size_t size) noexcept = 0;
   /// That writer has gone, or come anew: what comes from it now need not follow what came before.
   virtual void on_writer_lost(std::uint64_t writer) noexcept = 0;
-  /// `EngineWriter::matched` may have changed.
+  /// Somebody who is sent to, or who sends, has come or gone.
   virtual void on_matches_changed() noexcept = 0;
 };
 
@@ -82,10 +108,10 @@ class EngineWriter {
   EngineWriter(const EngineWriter&) = delete;
   EngineWriter& operator=(const EngineWriter&) = delete;
 
-  /// Never waits for the other end. False, having sent nothing, when the engine refuses. Thread-safe.
+  /// Does not wait for the other end as long as at most `kMostUnacknowledged` octets, overhead included, are on
+  /// their way. False, having
+  /// sent nothing, when the engine refuses. Thread-safe.
   bool write(Packet packet);
-  /// Whether the other end's receiver is known.
-  bool matched() const;
 
  private:
   const std::int32_t writer_;

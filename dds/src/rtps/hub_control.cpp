@@ -89,7 +89,8 @@ std::int64_t Hub::control_once(std::uint32_t asked) {
 }
 
 void Hub::receive_loopback() {
-  for (const Packet& packet : loopback_->receive()) {
+  for (PacketQueue packets = loopback_->receive(); !packets.empty();) {
+    const Packet packet = packets.pop_front();
     Prefix prefix;
     Octets payload;
     decode({packet.octets(), packet.size()}, prefix, payload);
@@ -263,6 +264,7 @@ std::int64_t Hub::greet() {
   Told told(*this);
   const MutexLock lock(mutex_);
   for (const auto& [address, peer] : peers_) {
+    peer->send_held();
     if (peer == self_) { continue; }
     const bool opens = peer->heard && !peer->open;
     const bool settled = peer->open && peer->told_session == peer->their_session;

@@ -15,7 +15,7 @@ class Peer;
 class Channel {
  public:
   virtual ~Channel() = default;
-  /// Never waits; thread-safe.
+  /// One at a time. Does not wait, as long as no more is on its way than the engine takes.
   virtual void send(Packet packet) = 0;
 };
 
@@ -35,11 +35,21 @@ struct RemoteEndpoint {
 /// that is not the known one says that the other has forgotten everything, or is another.
 class Peer : public std::enable_shared_from_this<Peer> {
  public:
-  Peer(const DDS_GUID_t& address, std::unique_ptr<Channel> channel) : address_(address), channel_(std::move(channel)) {}
+  /// `released` happens when `send_held` has something to do.
+  Peer(const DDS_GUID_t& address, std::unique_ptr<Channel> channel, EventCount& released)
+      : address_(address), channel_(std::move(channel)), window_(RefPtr<Window>::adopt(new Window(released))) {}
 
   const DDS_GUID_t& address() const { return address_; }
-  void send(Packet packet) { channel_->send(std::move(packet)); }
   const RefPtr<Window>& window() const { return window_; }
+  /// Sends a packet that gives back to the window the room that it has there. Never waits: what comes too thick for the
+  /// engine, as only that can which is sent beyond the window, is held back, in order. Thread-safe.
+  void send_admitted(Packet packet) DDS_EXCLUDES(sending_);
+  /// Sends a packet whether there is room in the window or not. Thread-safe.
+  void send(Packet packet) DDS_EXCLUDES(sending_);
+  /// Sends what has been held back and may go now. Thread-safe.
+  void send_held() DDS_EXCLUDES(sending_);
+  /// Waits until everything has been acknowledged, or for the deadline.
+  void drain(Deadline& deadline) DDS_EXCLUDES(sending_);
   Inbound& inbound() { return inbound_; }
 
   // The hub's lock guards the rest.
@@ -58,10 +68,15 @@ class Peer : public std::enable_shared_from_this<Peer> {
 
  private:
   friend class Graveyard;
+  void send_what_may_go() DDS_REQUIRES(sending_);
+
   const DDS_GUID_t address_;
   const std::unique_ptr<Channel> channel_;
-  const RefPtr<Window> window_ = RefPtr<Window>::adopt(new Window);
+  const RefPtr<Window> window_;
   Inbound inbound_;
+  Mutex sending_;
+  PacketQueue held_ DDS_GUARDED_BY(sending_);
+  std::size_t held_cost_ DDS_GUARDED_BY(sending_) = 0;
   Peer* next_ = nullptr;  // in the graveyard
 };
 
@@ -69,8 +84,8 @@ class Peer : public std::enable_shared_from_this<Peer> {
 /// on which a channel must not be closed. Thread-safe.
 class Graveyard {
  public:
-  /// `buried` tells that there is something to empty.
-  explicit Graveyard(EventCount& buried) : buried_(buried) {}
+  /// `event` tells that there is something to empty, and peers that they may send what they have held back.
+  explicit Graveyard(EventCount& event) : event_(event) {}
   Graveyard(const Graveyard&) = delete;
   Graveyard& operator=(const Graveyard&) = delete;
   ~Graveyard() { empty(); }
@@ -83,7 +98,7 @@ class Graveyard {
  private:
   void bury(Peer* peer) noexcept DDS_EXCLUDES(mutex_);
 
-  EventCount& buried_;
+  EventCount& event_;
   Mutex mutex_;
   Peer* first_ DDS_GUARDED_BY(mutex_) = nullptr;
 };

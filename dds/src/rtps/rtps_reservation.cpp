@@ -23,14 +23,6 @@ namespace {
 // caller allows.
 constexpr DDS_Duration_t kTimeToAnswer{0, 20000000};
 
-/// Sends what is bounded by the number of samples that are being written, whether there is room in the window or not.
-void send_beyond(Peer& peer, Packet packet) {
-  Window& window = *peer.window();
-  window.acquire_beyond(packet.size());
-  packet.notify_release(window);
-  peer.send(std::move(packet));
-}
-
 }  // namespace
 
 bool RtpsWriter::Reservation::any(State state) const {
@@ -109,7 +101,7 @@ void RtpsWriter::ask_for_places(Attempt& attempt) {
     place.state = Reservation::State::asked;
     encode_number(to_sequence_number(last_number_ + 1), packet.octets());
     encode_kind(FrameKind::reservation, place.token, packet.octets());
-    send_beyond(*place.peer, std::move(packet));
+    place.peer->send(std::move(packet));
   }
 }
 
@@ -179,12 +171,12 @@ RtpsWriter::Step RtpsWriter::settle(Attempt& attempt, bool placed) {
     if (!held) { continue; }
     encode_kind(placed ? FrameKind::commit : FrameKind::cancel, place.token, place.verdict.octets());
     if (placed) { encode_number(attempt.assigned.sequence_number, place.verdict.octets()); }
-    send_beyond(*place.peer, std::move(place.verdict));
+    place.peer->send(std::move(place.verdict));
   }
   if (!placed) { return Step::timed_out; }
   for (Attempt::Held& held : attempt.held) {
     encode_number(attempt.assigned.sequence_number, held.packet.octets());
-    send_beyond(*held.peer, std::move(held.packet));
+    held.peer->send(std::move(held.packet));
   }
   return Step::done;
 }

@@ -262,7 +262,7 @@ RtpsWriter::Step RtpsWriter::try_write(Attempt& attempt) {
   for (Shipment& shipment : shipments_) {
     if (!shipment.packet) { continue; }
     encode_number(attempt.assigned.sequence_number, shipment.packet.octets());
-    shipment.peer->send(std::move(shipment.packet));
+    shipment.peer->send_admitted(std::move(shipment.packet));
   }
   return Step::done;
 }

@@ -11,25 +11,26 @@ namespace dds::rtps {
 /// engine, which knows no deadlines. Thread-safe. Every packet on its way holds a reference.
 class Window final : public PacketListener, public RefCounted<Window> {
  public:
-  static constexpr std::size_t kMostOctets = std::size_t{8} * 1024 * 1024;
-  static constexpr std::size_t kMostPackets = 16384;
+  /// `released` happens when packets that were held back may go.
+  explicit Window(EventCount& released) : released_(released) {}
 
   /// Takes room for a packet, of which `on_released` has to be told; false when there is none until `wait` says so. An
   /// idle window admits any packet. Once a packet has been refused to somebody who waits, smaller ones leave it room.
   bool acquire(std::size_t octets, bool waits) DDS_EXCLUDES(mutex_) {
+    const std::size_t cost = cost_of(octets);
     const MutexLock lock(mutex_);
-    if (!has_room(octets)) {
-      if (waits) { needed_ = octets > needed_ ? octets : needed_; }
+    if (!has_room(cost)) {
+      if (waits) { needed_ = cost > needed_ ? cost : needed_; }
       return false;
     }
-    if (octets >= needed_) { needed_ = 0; }
-    take(octets);
+    if (cost >= needed_) { needed_ = 0; }
+    take(cost);
     return true;
   }
   /// Takes room whether there is any or not, for what is on its way already in a sense.
   void acquire_beyond(std::size_t octets) DDS_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
-    take(octets);
+    take(cost_of(octets));
   }
   /// Whoever waited does so no more.
   void give_up() DDS_EXCLUDES(mutex_) {
@@ -39,13 +40,24 @@ class Window final : public PacketListener, public RefCounted<Window> {
     }
     space_.notify();
   }
+  /// What a packet counts for.
+  static std::size_t cost_of(std::size_t octets) { return octets + kPacketOverhead; }
+  /// Whether the engine may have a packet now, when packets of that cost are here that it has not got yet. If not,
+  /// `released` tells.
+  bool may_go(std::size_t held_back) DDS_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    awaited_ = cost_ - held_back > kMostUnacknowledged;
+    return !awaited_;
+  }
   void on_released(std::size_t octets) noexcept override DDS_EXCLUDES(mutex_) {
+    bool awaited = false;
     {
       const MutexLock lock(mutex_);
-      --packets_;
-      octets_ -= octets;
+      cost_ -= cost_of(octets);
+      awaited = awaited_;
     }
     space_.notify();
+    if (awaited) { released_.notify(); }
     unref();
   }
   /// The participant has gone: nobody waits any more.
@@ -56,40 +68,32 @@ class Window final : public PacketListener, public RefCounted<Window> {
     }
     space_.notify();
   }
-  /// Waits until all that is on its way has been acknowledged; false when the deadline comes first.
-  bool drain(Deadline& deadline) DDS_EXCLUDES(mutex_) {
-    for (;;) {
-      const std::uint32_t seen = space_.ticket();
-      {
-        const MutexLock lock(mutex_);
-        if (packets_ == 0 || closed_) { return true; }
-      }
-      if (deadline.passed()) { return false; }
-      space_.wait(seen, deadline);
-    }
+  /// Whether nothing is on its way, or nobody it could come to.
+  bool is_idle() DDS_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    return cost_ == 0 || closed_;
   }
-  /// To be taken before `acquire` is tried.
+  /// To be taken before one of the above is tried.
   std::uint32_t ticket() const { return space_.ticket(); }
   void wait(std::uint32_t ticket, Deadline& deadline) { space_.wait(ticket, deadline); }
 
  private:
-  bool has_room(std::size_t octets) const DDS_REQUIRES(mutex_) {
-    if (closed_ || packets_ == 0) { return true; }
-    const std::size_t wanted = octets < needed_ ? octets + needed_ : octets;
-    return packets_ < kMostPackets && octets_ + wanted <= kMostOctets;
+  bool has_room(std::size_t cost) const DDS_REQUIRES(mutex_) {
+    if (closed_ || cost_ == 0) { return true; }
+    return cost_ + (cost < needed_ ? cost + needed_ : cost) <= kMostUnacknowledged;
   }
-  void take(std::size_t octets) DDS_REQUIRES(mutex_) {
-    ++packets_;
-    octets_ += octets;
+  void take(std::size_t cost) DDS_REQUIRES(mutex_) {
+    cost_ += cost;
     ref();
   }
 
   Mutex mutex_;
-  std::size_t packets_ DDS_GUARDED_BY(mutex_) = 0;
-  std::size_t octets_ DDS_GUARDED_BY(mutex_) = 0;
+  std::size_t cost_ DDS_GUARDED_BY(mutex_) = 0;    // of all packets on their way
   std::size_t needed_ DDS_GUARDED_BY(mutex_) = 0;  // by the largest packet that was refused and is waited for
   bool closed_ DDS_GUARDED_BY(mutex_) = false;
+  bool awaited_ DDS_GUARDED_BY(mutex_) = false;  // by packets that are held back
   EventCount space_;
+  EventCount& released_;
 };
 
 }  // namespace dds::rtps
