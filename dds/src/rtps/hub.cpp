@@ -80,7 +80,9 @@ Hub::~Hub() {
   // What is on its way is given a second to arrive, altogether.
   Deadline flushed({1, 0});
   flushed.end();
-  for (const auto& known : peers) { known.second->drain(flushed); }
+  for (const auto& known : peers) {
+    if (known.second != self_) { known.second->drain(flushed); }
+  }
   self_.reset();
   peers.clear();
   graveyard_.empty();
