@@ -96,15 +96,16 @@ class RtpsWriter final : public TransportWriter {
     EventCount changed;
   };
   struct Attempt;
-  /// What is next after a try: nothing; to wait and to try again; to wait for places.
-  enum class Step { done, again, reserve, timed_out };
+  /// What is next after a try: nothing; to wait and to try again; to look for the requester; to wait for places.
+  enum class Step { done, again, find_requester, reserve, timed_out };
 
   void change(Routes& routes, const RemoteEndpoint& reader, int difference) DDS_REQUIRES(mutex_);
-  DDS_ReturnCode_t await_requester(const DDS_GUID_t& requester, Deadline& deadline) DDS_EXCLUDES(mutex_);
+  bool await_requester(const DDS_GUID_t& requester, Deadline& deadline) DDS_EXCLUDES(mutex_);
   DDS_ReturnCode_t serialize(const WrittenSample& sample, Packet& packet) const;
   Step try_write(Attempt& attempt) DDS_EXCLUDES(mutex_);
   void add_shipments(const Routes& routes) DDS_REQUIRES(mutex_);
-  void find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) DDS_REQUIRES(mutex_);
+  /// False when nobody wants the replies to that writer.
+  bool find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) DDS_REQUIRES(mutex_);
   bool fill_shipments(Attempt& attempt) DDS_REQUIRES(mutex_);
   bool windows_are_open(Attempt& attempt) DDS_REQUIRES(mutex_);
   void prepare_reservation(Attempt& attempt) DDS_REQUIRES(mutex_);

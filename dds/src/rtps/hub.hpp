@@ -167,7 +167,11 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::atomic<std::uint32_t> asked_{0};
   EventCount control_event_;
   std::atomic<bool> ending_{false};
-  std::vector<unsigned char> last_presence_;  // the control thread's
+  // The control thread's.
+  std::vector<unsigned char> last_presence_;
+  std::vector<News> news_;       // what it has read from the inbox
+  std::size_t news_read_ = 0;    // of them, it has seen to
+  std::size_t places_turn_ = 0;  // whose samples are the first to look for places
   std::thread control_thread_;
 };
 

@@ -122,12 +122,18 @@ void Hub::publish_presence() {
 }
 
 void Hub::read_news() {
-  std::vector<News> inbox;
   {
     const MutexLock lock(inbox_mutex_);
-    inbox.swap(inbox_);
+    if (news_.empty()) {
+      news_.swap(inbox_);
+    } else {  // memory was exhausted: what could not be seen to comes first
+      news_.insert(news_.end(), inbox_.begin(), inbox_.end());
+      inbox_.clear();
+    }
   }
-  for (const News& news : inbox) {
+  if (news_.empty()) { return; }
+  for (; news_read_ < news_.size(); ++news_read_) {
+    const News& news = news_[news_read_];
     switch (news.kind) {
       case News::Kind::presence: {
         const MutexLock lock(mutex_);
@@ -142,7 +148,9 @@ void Hub::read_news() {
         break;
     }
   }
-  if (!inbox.empty()) { meet_interesting(); }
+  meet_interesting();
+  news_.clear();
+  news_read_ = 0;
 }
 
 // Whether that participant reads what this one writes, or writes what this one reads.
@@ -305,7 +313,9 @@ void Hub::on_space() noexcept {
 }
 
 void Hub::find_places() {
-  for (const std::shared_ptr<Peer>& peer : all_peers()) {
+  std::vector<std::shared_ptr<Peer>> peers = all_peers();
+  std::rotate(peers.begin(), peers.begin() + static_cast<std::ptrdiff_t>(places_turn_++ % peers.size()), peers.end());
+  for (const std::shared_ptr<Peer>& peer : peers) {
     std::vector<Inbound::Answer> answers;
     finding_places = true;
     try {

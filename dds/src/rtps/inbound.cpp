@@ -21,6 +21,11 @@ Inbound::Writer* Inbound::find(const DDS_GUID_t& writer) {
   return found == writers_.end() ? nullptr : found->second.get();
 }
 
+std::vector<Inbound::Parked>::iterator Inbound::find_parked(Writer& writer, std::uint64_t token) {
+  return std::find_if(writer.parked.begin(), writer.parked.end(),
+                      [=](const Parked& parked) { return parked.token == token; });
+}
+
 void Inbound::add_writer(const DDS_GUID_t& writer, DDS_InstanceHandle_t handle, PublicationData data, bool reliable) {
   auto made = std::make_unique<Writer>();
   made->handle = handle;
@@ -49,6 +54,7 @@ void Inbound::clear(Notifications& notifications) {
   const MutexLock lock(mutex_);
   for (const auto& known : writers_) { drop(*known.second, notifications); }
   writers_.clear();
+  waiting_.clear();
 }
 
 void Inbound::connect(const DDS_GUID_t& guid, RtpsReader& reader, Notifications& notifications) {
@@ -127,7 +133,9 @@ Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
     // It is parked all the same, as one that nobody takes: its writer is not to wait for it.
     if (parked.message.get() == nullptr) { outcome = Outcome::malformed; }
   }
+  reserve_one(waiting_, waiting_.size());
   writer->parked.push_back(std::move(parked));
+  waiting_.push_back({prefix.identity.writer_guid, prefix.token});
   return outcome;
 }
 
@@ -135,8 +143,7 @@ Inbound::Outcome Inbound::commit(const Prefix& prefix, Notifications& notificati
   const MutexLock lock(mutex_);
   Writer* writer = find(prefix.identity.writer_guid);
   if (writer == nullptr) { return Outcome::unknown_writer; }
-  const auto parked = std::find_if(writer->parked.begin(), writer->parked.end(),
-                                   [&](const Parked& known) { return known.token == prefix.token; });
+  const auto parked = find_parked(*writer, prefix.token);
   if (parked == writer->parked.end() || !parked->placed) { return Outcome::malformed; }
   // Nobody has looked at the message yet.
   if (parked->message.get() != nullptr) { parked->message->identity = prefix.identity; }
@@ -150,8 +157,7 @@ Inbound::Outcome Inbound::cancel(const Prefix& prefix) {
   const MutexLock lock(mutex_);
   Writer* writer = find(prefix.identity.writer_guid);
   if (writer == nullptr) { return Outcome::unknown_writer; }
-  const auto parked = std::find_if(writer->parked.begin(), writer->parked.end(),
-                                   [&](const Parked& known) { return known.token == prefix.token; });
+  const auto parked = find_parked(*writer, prefix.token);
   if (parked == writer->parked.end()) { return Outcome::malformed; }
   cancel(*parked);
   writer->parked.erase(parked);
@@ -183,15 +189,21 @@ Admission Inbound::place(const Writer& writer, Parked& parked) {
 
 void Inbound::try_reservations(std::vector<Answer>& answers) {
   const MutexLock lock(mutex_);
-  for (const auto& [guid, writer] : writers_) {
-    for (Parked& parked : writer->parked) {
-      if (parked.placed) { continue; }
-      reserve_one(answers, answers.size());
-      parked.placed = place(*writer, parked) == Admission::accepted;
-      if (parked.placed || !parked.told) { answers.push_back({guid, parked.token, parked.placed}); }
-      parked.told = true;
+  answers.reserve(answers.size() + waiting_.size());
+  for (Waiting& waiting : waiting_) {
+    Writer* const writer = find(waiting.writer);
+    const auto parked = writer == nullptr ? std::vector<Parked>::iterator{} : find_parked(*writer, waiting.token);
+    if (writer == nullptr || parked == writer->parked.end()) {
+      waiting.done = true;
+      continue;
     }
+    parked->placed = parked->placed || place(*writer, *parked) == Admission::accepted;
+    waiting.done = parked->placed;
+    if (waiting.done || !waiting.told) { answers.push_back({waiting.writer, waiting.token, waiting.done}); }
+    waiting.told = true;
   }
+  waiting_.erase(std::remove_if(waiting_.begin(), waiting_.end(), [](const Waiting& waiting) { return waiting.done; }),
+                 waiting_.end());
 }
 
 }  // namespace dds::rtps

@@ -54,7 +54,13 @@ class Inbound {
     RouteTable::Targets targets;
     RouteTable::Targets bounded_targets;
     bool placed = false;
+  };
+  /// Names a parked sample that has no place yet.
+  struct Waiting {
+    DDS_GUID_t writer;
+    std::uint64_t token;
     bool told = false;  // the sender knows that it waits
+    bool done = false;  // it has its place, or is parked no more
   };
   struct Writer {
     ~Writer();
@@ -70,6 +76,7 @@ class Inbound {
   };
 
   Writer* find(const DDS_GUID_t& writer) DDS_REQUIRES(mutex_);
+  static std::vector<Parked>::iterator find_parked(Writer& writer, std::uint64_t token);
   /// A message of what has come; null when it does not decode.
   static RefPtr<Message> make_message(Writer& writer, const Prefix& prefix, Octets payload);
   static void drop(Writer& writer, Notifications& notifications);
@@ -78,6 +85,8 @@ class Inbound {
 
   Mutex mutex_;
   std::unordered_map<DDS_GUID_t, std::unique_ptr<Writer>, GuidHash, GuidEqual> writers_ DDS_GUARDED_BY(mutex_);
+  // Of all writers, in order of arrival: whoever has waited longest is the first to get a place.
+  std::vector<Waiting> waiting_ DDS_GUARDED_BY(mutex_);
 };
 
 }  // namespace dds::rtps

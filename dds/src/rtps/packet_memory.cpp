@@ -31,24 +31,36 @@ PacketMemory::Block PacketMemory::acquire(std::size_t size) noexcept {
   return take_large(size, block) ? block : allocate(size);
 }
 
+std::size_t PacketMemory::small_index(std::size_t& size) {
+  std::size_t index = (size + kAlignment - 1) / kAlignment;
+  if (index <= kFineSizes) {
+    size = index * kAlignment;
+    return index - 1;
+  }
+  std::size_t rounded = 2 * kFineSizes * kAlignment;
+  for (index = kFineSizes; rounded < size; rounded *= 2) { ++index; }
+  size = rounded;
+  return index;
+}
+
 PacketMemory::Block PacketMemory::acquire_small(std::size_t size) noexcept {
-  std::size_t index = 0;
-  std::size_t rounded = kSmallest;
-  for (; rounded < size; rounded *= 2) { ++index; }
+  const std::size_t index = small_index(size);
   {
     const MutexLock lock(mutex_);
     if (Small* const found = small_[index]) {
       small_[index] = found->next;
-      small_octets_ -= rounded;
-      return {found, rounded};
+      small_octets_ -= size;
+      // Thousands of packets may have been on their way since it was last touched.
+      __builtin_prefetch(found->next, 1);
+      return {found, size};
     }
   }
-  return allocate(rounded);
+  return allocate(size);
 }
 
 void PacketMemory::release_small(const Block& block) noexcept {
-  std::size_t index = 0;
-  for (std::size_t size = kSmallest; size < block.size; size *= 2) { ++index; }
+  std::size_t size = block.size;
+  const std::size_t index = small_index(size);
   {
     const MutexLock lock(mutex_);
     if (small_octets_ + block.size <= kMostSmallOctets) {

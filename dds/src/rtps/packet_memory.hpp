@@ -12,7 +12,7 @@ namespace dds::rtps {
 class PacketMemory {
  public:
   static constexpr std::size_t kAlignment = 64;
-  /// Smaller blocks have sizes that are powers of two, and are kept by size.
+  /// Smaller blocks have sizes of a few kinds, and are kept by size.
   static constexpr std::size_t kLeastLarge = std::size_t{16} * 1024;
   static constexpr std::size_t kMostSmallOctets = std::size_t{4} * 1024 * 1024;
   static constexpr std::size_t kMostLarge = 512;
@@ -37,9 +37,12 @@ class PacketMemory {
   struct Small {
     Small* next;
   };
-  static constexpr std::size_t kSmallest = 256;
-  static constexpr std::size_t kSmallSizes = 7;  // 256 octets to 16 KiB
+  /// Multiples of the alignment up to 1 KiB, then powers of two.
+  static constexpr std::size_t kFineSizes = 16;
+  static constexpr std::size_t kSmallSizes = kFineSizes + 4;
 
+  /// Rounds a size up to one of those, and tells which.
+  static std::size_t small_index(std::size_t& size);
   Block acquire_small(std::size_t size) noexcept DDS_EXCLUDES(mutex_);
   void release_small(const Block& block) noexcept DDS_EXCLUDES(mutex_);
   bool take_large(std::size_t size, Block& block) DDS_EXCLUDES(mutex_);

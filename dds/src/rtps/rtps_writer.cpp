@@ -90,12 +90,7 @@ DDS_SampleIdentity_t RtpsWriter::next_identity() { return {guid(), to_sequence_n
 DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) {
   const DDS_ReturnCode_t refused = sink_.check_sample(sample);
   if (refused != DDS_RETCODE_OK) { return refused; }
-  const DDS_GUID_t& related = sample.params.related_sample_identity.writer_guid;
-  if (is_guid(related)) {
-    const DDS_ReturnCode_t awaited = await_requester(related, deadline);
-    if (awaited != DDS_RETCODE_OK) { return awaited; }
-  }
-  Attempt attempt{sample, assigned, deadline, {}, {}, 0, {}, {}};
+  Attempt attempt{sample, assigned, deadline, {}, false, {}, 0, {}, {}};
   for (;;) {
     if (!attempt.packet && reader_count_.load(std::memory_order_relaxed) != 0) {
       const DDS_ReturnCode_t serialized = serialize(sample, attempt.packet);
@@ -106,6 +101,13 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
       if (step == Step::reserve) { step = reserve_and_write(attempt); }
       if (step == Step::done) { return DDS_RETCODE_OK; }
       if (step == Step::timed_out) { return DDS_RETCODE_TIMEOUT; }
+      if (step == Step::find_requester) {
+        if (!await_requester(sample.params.related_sample_identity.writer_guid, deadline)) {
+          return DDS_RETCODE_TIMEOUT;
+        }
+        attempt.awaited = true;
+        continue;
+      }
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
     if (attempt.full.get() == nullptr) { continue; }  // readers came while there was nothing to send to them
     attempt.full->wait(attempt.ticket, deadline);
@@ -118,24 +120,24 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
 }
 
 // A requester's reply reader is announced before its requests are sent, but what is known of it waits for the way to
-// its participant to open.
-DDS_ReturnCode_t RtpsWriter::await_requester(const DDS_GUID_t& requester, Deadline& deadline) {
+// its participant to open. False when the deadline comes first.
+bool RtpsWriter::await_requester(const DDS_GUID_t& requester, Deadline& deadline) {
   for (;;) {
     const std::uint32_t ticket = hub_.openings().ticket();
     {
       const MutexLock lock(mutex_);
-      if (by_related_writer_.find(requester) != by_related_writer_.end()) { return DDS_RETCODE_OK; }
+      if (by_related_writer_.find(requester) != by_related_writer_.end()) { return true; }
     }
     switch (hub_.find_writer(requester)) {
       case Hub::Whereabouts::reachable:
-        return DDS_RETCODE_OK;
+        return true;
       case Hub::Whereabouts::unknown:
         hub_.count_vanished_reply();
-        return DDS_RETCODE_OK;
+        return true;
       case Hub::Whereabouts::not_reachable_yet:
         break;
     }
-    if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
+    if (deadline.passed()) { return false; }
     hub_.openings().wait(ticket, deadline);
   }
 }
@@ -180,14 +182,16 @@ void RtpsWriter::add_shipments(const Routes& routes) {
 }
 
 // The end of an instance concerns whoever holds it, whatever it was in answer to.
-void RtpsWriter::find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) {
+bool RtpsWriter::find_shipments(MessageKind kind, const DDS_GUID_t& related_writer) {
   add_shipments(others_);
   if (kind != MessageKind::data) {
     for (const auto& [writer, routes] : by_related_writer_) { add_shipments(routes); }
-    return;
+    return true;
   }
   const auto found = by_related_writer_.find(related_writer);
-  if (found != by_related_writer_.end()) { add_shipments(found->second); }
+  if (found == by_related_writer_.end()) { return false; }
+  add_shipments(found->second);
+  return true;
 }
 
 Packet RtpsWriter::copy_packet(const Packet& packet) const {
@@ -243,7 +247,10 @@ bool RtpsWriter::windows_are_open(Attempt& attempt) {
 RtpsWriter::Step RtpsWriter::try_write(Attempt& attempt) {
   const MutexLock lock(mutex_);
   const Clearing<std::vector<Shipment>> clearing{shipments_};
-  find_shipments(attempt.sample.kind, attempt.sample.params.related_sample_identity.writer_guid);
+  const DDS_GUID_t& related = attempt.sample.params.related_sample_identity.writer_guid;
+  if (!find_shipments(attempt.sample.kind, related) && is_guid(related) && !attempt.awaited) {
+    return Step::find_requester;
+  }
   if (shipments_.empty()) {
     attempt.assigned = next_identity();
     return Step::done;

@@ -18,8 +18,9 @@ struct RtpsWriter::Attempt {
   const WrittenSample& sample;
   DDS_SampleIdentity_t& assigned;
   Deadline& deadline;
-  Packet packet;        // of the sample, once somebody wants it
-  RefPtr<Window> full;  // to be waited for, with the ticket
+  Packet packet;         // of the sample, once somebody wants it
+  bool awaited = false;  // the requester that it is for, if it is
+  RefPtr<Window> full;   // to be waited for, with the ticket
   std::uint32_t ticket = 0;
   Reservation reservation;
   std::vector<Held> held;
