@@ -17,8 +17,10 @@ void Markers::join(DDSDomainParticipant* participant) {
   reader_qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
   auto* reader =
       DDSStringDataReader::narrow(participant->create_datareader(topic, reader_qos, nullptr, DDS_STATUS_MASK_NONE));
-  auto* writer = DDSStringDataWriter::narrow(
-      participant->create_datawriter(topic, DDS_DataWriterQos(), nullptr, DDS_STATUS_MASK_NONE));
+  DDS_DataWriterQos patient;
+  patient.reliability.max_blocking_time = {60, 0};  // behind megabytes, on a busy machine
+  auto* writer =
+      DDSStringDataWriter::narrow(participant->create_datawriter(topic, patient, nullptr, DDS_STATUS_MASK_NONE));
   if (reader == nullptr || writer == nullptr) { throw std::runtime_error("no markers"); }
   members_.push_back({participant, writer, reader, {}});
 }

@@ -15,6 +15,7 @@ struct Setting {
   int loss = 0;
   int mtu = 1500;
 };
+void PrintTo(const Setting& each, std::ostream* out) { *out << each.name; }
 
 class TwoHosts : public ProcessTest, public ::testing::WithParamInterface<Setting> {
  protected:

@@ -12,6 +12,7 @@ struct Beginning {
   const char* name;
   const char* option;
 };
+void PrintTo(const Beginning& each, std::ostream* out) { *out << each.name; }
 
 /// Fresh processes, started at the same moment. The requester sends its one request as soon as it can.
 class FreshPair : public ProcessTest, public ::testing::WithParamInterface<Beginning> {};

@@ -100,6 +100,7 @@ struct Load {
   const char* limit;
   int size;
 };
+void PrintTo(const Load& each, std::ostream* out) { *out << each.name; }
 
 /// Two processes that serve each other, both from listeners.
 class BothWays : public Waiting, public ::testing::WithParamInterface<Load> {};

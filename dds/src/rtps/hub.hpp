@@ -130,7 +130,8 @@ class Hub final : public EngineEvents, public SpaceListener {
   /// `writer` is the engine's handle of the channel through which it has said hello; 0 when it has not.
   void meet(const DDS_GUID_t& address, std::uint64_t writer) DDS_EXCLUDES(mutex_);
   void meet_interesting() DDS_EXCLUDES(mutex_);
-  bool interests(const Presence& presence) DDS_REQUIRES(mutex_);
+  /// What this participant writes and reads, by hash.
+  std::vector<Presence::Topic> own_topics() DDS_REQUIRES(mutex_);
   void lose(std::uint64_t writer) DDS_EXCLUDES(mutex_, bindings_mutex_);
   void restart(Peer& peer, Told& told) DDS_REQUIRES(mutex_);
   /// Says what is due to the peers; when the next is, on the monotonic clock.

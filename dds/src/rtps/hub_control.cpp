@@ -24,6 +24,19 @@ std::uint64_t draw_session() {
   return session;
 }
 
+bool before(const Presence::Topic& a, const Presence::Topic& b) { return a.hash < b.hash; }
+
+// Whether that participant reads what this one writes, or writes what this one reads. Ours are in order.
+bool interests(const std::vector<Presence::Topic>& ours, const Presence& presence) {
+  return std::any_of(presence.topics.begin(), presence.topics.end(), [&](const Presence::Topic& theirs) {
+    const auto [first, last] = std::equal_range(ours.begin(), ours.end(), theirs, before);
+    return std::any_of(first, last, [&](const Presence::Topic& topic) {
+      return ((theirs.roles & Presence::kReads) != 0 && (topic.roles & Presence::kWrites) != 0) ||
+             ((theirs.roles & Presence::kWrites) != 0 && (topic.roles & Presence::kReads) != 0);
+    });
+  });
+}
+
 // Often while it is likely that the other is just coming up, then seldom.
 std::int64_t pause_after(unsigned hellos) {
   if (hellos < 20) { return kMillisecond; }
@@ -100,16 +113,22 @@ void Hub::receive_loopback() {
   }
 }
 
+std::vector<Presence::Topic> Hub::own_topics() {
+  std::vector<Presence::Topic> topics;
+  for (const auto& [name, topic] : topics_) {
+    const int roles = (topic.writers.empty() ? 0 : Presence::kWrites) | (topic.readers.empty() ? 0 : Presence::kReads);
+    if (roles != 0) { topics.push_back({topic_hash(name), static_cast<std::uint8_t>(roles)}); }
+  }
+  std::sort(topics.begin(), topics.end(), before);
+  return topics;
+}
+
 void Hub::publish_presence() {
   Presence presence;
   presence.address = address_;
   {
     const MutexLock lock(mutex_);
-    for (const auto& [name, topic] : topics_) {
-      const int roles =
-          (topic.writers.empty() ? 0 : Presence::kWrites) | (topic.readers.empty() ? 0 : Presence::kReads);
-      if (roles != 0) { presence.topics.push_back({topic_hash(name), static_cast<std::uint8_t>(roles)}); }
-    }
+    presence.topics = own_topics();
   }
   const std::vector<unsigned char> octets = encode(presence);
   if (octets == last_presence_) { return; }
@@ -153,27 +172,13 @@ void Hub::read_news() {
   news_read_ = 0;
 }
 
-// Whether that participant reads what this one writes, or writes what this one reads.
-bool Hub::interests(const Presence& presence) {
-  for (const auto& [name, topic] : topics_) {
-    const std::uint64_t hash = topic_hash(name);
-    for (const Presence::Topic& other : presence.topics) {
-      if (other.hash != hash) { continue; }
-      if (((other.roles & Presence::kReads) != 0 && !topic.writers.empty()) ||
-          ((other.roles & Presence::kWrites) != 0 && !topic.readers.empty())) {
-        return true;
-      }
-    }
-  }
-  return false;
-}
-
 void Hub::meet_interesting() {
   std::vector<DDS_GUID_t> addresses;
   {
     const MutexLock lock(mutex_);
+    const std::vector<Presence::Topic> topics = own_topics();
     for (const auto& [writer, presence] : presences_) {
-      if (peers_.count(presence.address) == 0 && interests(presence)) { addresses.push_back(presence.address); }
+      if (peers_.count(presence.address) == 0 && interests(topics, presence)) { addresses.push_back(presence.address); }
     }
   }
   for (const DDS_GUID_t& address : addresses) { meet(address, 0); }
