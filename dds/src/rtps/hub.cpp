@@ -77,6 +77,11 @@ Hub::~Hub() {
     peers.swap(peers_);
   }
   if (engine_ != nullptr) { engine_->stop_receiving(); }
+  {
+    // A greeting that came meanwhile may have bound its sender anew.
+    const MutexLock lock(bindings_mutex_);
+    bindings_.clear();
+  }
   // What is on its way is given a second to arrive, altogether.
   Deadline flushed({1, 0});
   flushed.end();

@@ -4,6 +4,7 @@
 #include <sys/random.h>
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "rtps/hub.hpp"
@@ -146,7 +147,8 @@ void Hub::read_news() {
     if (news_.empty()) {
       news_.swap(inbox_);
     } else {  // memory was exhausted: what could not be seen to comes first
-      news_.insert(news_.end(), inbox_.begin(), inbox_.end());
+      news_.reserve(news_.size() + inbox_.size());
+      news_.insert(news_.end(), std::make_move_iterator(inbox_.begin()), std::make_move_iterator(inbox_.end()));
       inbox_.clear();
     }
   }

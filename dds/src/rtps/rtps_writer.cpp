@@ -90,7 +90,7 @@ DDS_SampleIdentity_t RtpsWriter::next_identity() { return {guid(), to_sequence_n
 DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) {
   const DDS_ReturnCode_t refused = sink_.check_sample(sample);
   if (refused != DDS_RETCODE_OK) { return refused; }
-  Attempt attempt{sample, assigned, deadline, {}, false, {}, 0, {}, {}};
+  Attempt attempt{sample, assigned, deadline, {}, false, {}, 0, {}, {}, {}};
   for (;;) {
     if (!attempt.packet && reader_count_.load(std::memory_order_relaxed) != 0) {
       const DDS_ReturnCode_t serialized = serialize(sample, attempt.packet);
@@ -110,11 +110,9 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
       }
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
     if (attempt.full.get() == nullptr) { continue; }  // readers came while there was nothing to send to them
+    attempt.waited.move_to(attempt.full.get());
     attempt.full->wait(attempt.ticket, deadline);
-    if (deadline.passed()) {
-      attempt.full->give_up();
-      return DDS_RETCODE_TIMEOUT;
-    }
+    if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
     attempt.full = RefPtr<Window>();
   }
 }

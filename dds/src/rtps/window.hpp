@@ -32,10 +32,11 @@ class Window final : public PacketListener, public RefCounted<Window> {
     const MutexLock lock(mutex_);
     take(cost_of(octets));
   }
-  /// Whoever waited does so no more.
+  /// Somebody who has waited does so no more, whether he was given room or not. Others try again.
   void give_up() DDS_EXCLUDES(mutex_) {
     {
       const MutexLock lock(mutex_);
+      if (needed_ == 0) { return; }
       needed_ = 0;
     }
     space_.notify();

@@ -15,6 +15,17 @@ struct RtpsWriter::Attempt {
     Packet packet;
   };
 
+  /// Of the windows that have been waited for, the last one. Smaller packets are not kept out of it any longer when the
+  /// write ends, however it does.
+  struct Waited {
+    ~Waited() { move_to(nullptr); }
+    void move_to(Window* next) {
+      if (window.get() != nullptr && window.get() != next) { window->give_up(); }
+      window = RefPtr<Window>(next);
+    }
+    RefPtr<Window> window;
+  };
+
   const WrittenSample& sample;
   DDS_SampleIdentity_t& assigned;
   Deadline& deadline;
@@ -24,6 +35,7 @@ struct RtpsWriter::Attempt {
   std::uint32_t ticket = 0;
   Reservation reservation;
   std::vector<Held> held;
+  Waited waited;
 };
 
 }  // namespace dds::rtps
