@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,13 +22,17 @@ bool get_option(int socket, int option, int& value) {
   return getsockopt(socket, SOL_SOCKET, option, &value, &size) == 0;
 }
 
-std::set<int> open_files() {
-  std::set<int> files;
+// Each with what it is.
+std::map<int, ino_t> open_files() {
+  std::map<int, ino_t> files;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc/self/fd"), &closedir);
   if (folder == nullptr) { return files; }
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else reads this stream
   while (const dirent* entry = readdir(folder.get())) {
-    if (entry->d_name[0] != '.') { files.insert(static_cast<int>(std::strtol(entry->d_name, nullptr, 10))); }
+    if (entry->d_name[0] == '.') { continue; }
+    const int file = static_cast<int>(std::strtol(entry->d_name, nullptr, 10));
+    struct stat status {};
+    if (fstat(file, &status) == 0) { files.emplace(file, status.st_ino); }
   }
   files.erase(dirfd(folder.get()));
   return files;
@@ -58,8 +63,9 @@ SocketWatch::SocketWatch() : before_(open_files()) {}
 
 bool SocketWatch::adopt(const char* device, std::uint32_t receive_buffer, std::string& error) const {
   int found = 0;
-  for (const int file : open_files()) {
-    if (before_.count(file) != 0 || !is_of_engine(file, receive_buffer)) { continue; }
+  for (const auto& [file, inode] : open_files()) {
+    const auto known = before_.find(file);
+    if ((known != before_.end() && known->second == inode) || !is_of_engine(file, receive_buffer)) { continue; }
     ++found;
     if (fcntl(file, F_SETFD, FD_CLOEXEC) != 0 ||
         (device != nullptr &&

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
-#include <set>
+#include <map>
 #include <string>
 
 namespace dds::rtps {
@@ -20,7 +22,7 @@ class SocketWatch {
   bool adopt(const char* device, std::uint32_t receive_buffer, std::string& error) const;
 
  private:
-  std::set<int> before_;
+  std::map<int, ino_t> before_;  // a number that has been closed meanwhile may name another file
 };
 
 }  // namespace dds::rtps
