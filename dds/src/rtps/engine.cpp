@@ -242,8 +242,8 @@ std::string configuration(const EngineConfig& config) {
   const std::string most = std::to_string(kMostUnacknowledged) + "B";
   xml += "<Watermarks><WhcAdaptive>false</WhcAdaptive><WhcLow>0B</WhcLow><WhcHigh>" + most + "</WhcHigh><WhcHighInit>" +
          most + "</WhcHighInit></Watermarks>";
-  // When writing pauses it asks at once a heartbeat later. Not more often: dozens of processes that find each other
-  // would do little else.
+  // When writing pauses it asks a heartbeat interval later. That is not shorter, because dozens of processes that find
+  // each other would do little but ask.
   xml += "<HeartbeatInterval min=\"0s\" minsched=\"10ms\" max=\"1s\">10ms</HeartbeatInterval>";
   // Those who wait for what is on its way do so before they delete a writer, all at once.
   xml += "<WriterLingerDuration>0s</WriterLingerDuration>";

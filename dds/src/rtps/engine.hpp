@@ -12,7 +12,7 @@ namespace dds::rtps {
 /// The engine makes a thread that writes wait, without a deadline, while more octets than that are not acknowledged. It
 /// asks for acknowledgements with every packet as soon as half of them are not.
 constexpr std::size_t kMostUnacknowledged = std::size_t{2} * 1024 * 1024;
-/// At most that much is a packet more to the engine than its octets; 80 it is in version 0.10.
+/// What the engine counts for a packet besides its octets, at the most; version 0.10 counts 80.
 constexpr std::size_t kPacketOverhead = 128;
 
 /// What an engine instance is configured with; nothing else configures it.
@@ -61,7 +61,6 @@ class Packet {
   void* release() { return std::exchange(data_, nullptr); }
 
  private:
-  friend class PacketQueue;
   void* data_ = nullptr;
 };
 
@@ -108,9 +107,8 @@ class EngineWriter {
   EngineWriter(const EngineWriter&) = delete;
   EngineWriter& operator=(const EngineWriter&) = delete;
 
-  /// Does not wait for the other end as long as at most `kMostUnacknowledged` octets, overhead included, are on
-  /// their way. False, having
-  /// sent nothing, when the engine refuses. Thread-safe.
+  /// Does not wait for the other end as long as at most `kMostUnacknowledged` octets, overhead included, are on their
+  /// way. False, having sent nothing, when the engine refuses. Thread-safe.
   bool write(Packet packet);
 
  private:
