@@ -70,7 +70,7 @@ TEST(ReaderCache, RefusesAtCommitWhatWasDiscardedSinceItWasReserved) {
     ASSERT_NE(entry, nullptr);
     EXPECT_EQ(cache.discard(dds::CorrelationIndex::key({0, 7}), none, 1, notifications), 0u);
     EXPECT_FALSE(cache.commit(entry, notifications));
-    EXPECT_FALSE(writer.registered);
+    EXPECT_FALSE(writer.registration.in_force);
     EXPECT_EQ(cache.discarded_count(), 1);
     EXPECT_EQ(reserve(7), nullptr);
     EXPECT_EQ(why, dds::ReaderCache::Refusal::discarded);
@@ -88,6 +88,55 @@ TEST(ReaderCache, RefusesAtCommitWhatWasDiscardedSinceItWasReserved) {
     EXPECT_EQ(cache.discarded_count(), 2);
   }
   pool->close();
+}
+
+// Any of them may come to nothing, and the writer may have unregistered the instance before another takes effect.
+TEST(ReaderCache, AWriterIsOneOfAnInstancesFromItsFirstSampleThatTakesEffect) {
+  for (const DDS_TypePlugin& type : {dds::string_plugin, dds::keyed_string_plugin}) {
+    auto* pool = new dds::MessagePool(type);
+    {
+      const dds::ReaderCache::Limits limits{true, 1, SIZE_MAX, SIZE_MAX, SIZE_MAX};
+      dds::ReaderCache cache(type, limits, false);
+      dds::RemoteWriter writer, other;
+      dds::Notifications notifications;
+      const auto reserve = [&](dds::RemoteWriter& from, dds::MessageKind kind = dds::MessageKind::data) {
+        dds::RefPtr<dds::Message> message = pool->acquire();
+        message->kind = kind;
+        message->key = type.key == nullptr ? "" : "key";
+        dds::ReaderCache::Refusal why = dds::ReaderCache::Refusal::none;
+        return cache.reserve(message, from, why);
+      };
+      const auto unregister = [&](dds::RemoteWriter& from) {
+        cache.commit(reserve(from, dds::MessageKind::unregister), notifications);
+      };
+      const auto instance = [&] { return cache.instances().find(type.key == nullptr ? "" : "key"); };
+
+      dds::Entry* first = reserve(writer);
+      dds::Entry* second = reserve(writer);
+      EXPECT_EQ(instance()->writer_count, 0u);
+      cache.cancel(first);
+      EXPECT_TRUE(cache.commit(second, notifications));
+      EXPECT_EQ(instance()->writer_count, 1u);
+      unregister(writer);
+      EXPECT_EQ(instance()->state, dds::InstanceState::no_writers);
+
+      cache.commit(reserve(other), notifications);
+      first = reserve(writer);
+      second = reserve(writer);
+      EXPECT_TRUE(cache.commit(first, notifications));
+      EXPECT_EQ(instance()->writer_count, 2u);
+      unregister(writer);
+      cache.cancel(second);
+      EXPECT_EQ(instance()->writer_count, 1u);
+      first = reserve(writer);
+      unregister(other);
+      EXPECT_EQ(instance()->state, dds::InstanceState::no_writers) << "who may yet write it is no writer of it";
+      EXPECT_TRUE(cache.commit(first, notifications));
+      EXPECT_EQ(instance()->state, dds::InstanceState::alive);
+      EXPECT_EQ(instance()->writer_count, 1u);
+    }
+    pool->close();
+  }
 }
 
 // Once there was no way from the index to such a sample.

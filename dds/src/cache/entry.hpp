@@ -5,7 +5,7 @@
 #include <dds/basic_types.hpp>
 #include <dds/time.hpp>
 #include <string>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "cache/message.hpp"
 #include "transport/endpoint_data.hpp"
@@ -28,12 +28,22 @@ constexpr StateMask kNotReadStates = 0x555;  // the even classes
 StateMask state_mask(DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
                      DDS_InstanceStateMask instance_states);
 
+struct RemoteWriter;
+
+/// Whether a writer is one of an instance's. Made with the first reservation, since that may fail; in force from the
+/// first commit on.
+struct Registration {
+  RemoteWriter* writer = nullptr;
+  std::size_t reservations = 0;  // that refer to it
+  bool in_force = false;
+};
+
 /// A matched writer as one reader sees it.
 struct RemoteWriter {
   DDS_InstanceHandle_t handle = DDS_HANDLE_NIL;
   PublicationData data;
   bool reliable = false;           // both ends are
-  bool registered = false;         // writes the only instance of a type without key
+  Registration registration;       // with the only instance of a type without key
   std::uint32_t space_ticket = 0;  // for the wait after this writer found the reader full
 };
 
@@ -45,15 +55,15 @@ struct Entry {
   ListHook<Entry> in_bucket_unread;
   RefPtr<Message> message;
   Instance* instance = nullptr;
-  IndexBucket* bucket = nullptr;   // null while the reader has no index
-  RemoteWriter* writer = nullptr;  // only while reserved
+  IndexBucket* bucket = nullptr;         // null while the reader has no index
+  RemoteWriter* writer = nullptr;        // only while reserved
+  Registration* registration = nullptr;  // the same; null for a sample that makes its writer none of the instance's
   DDS_Time_t reception_time;
   DDS_Long disposed_generation = 0;
   DDS_Long no_writers_generation = 0;
   bool read = false;
   bool valid = true;
-  bool takes_slot = false;      // while reserved: counts towards the limits
-  bool registered_now = false;  // while reserved: the writer became one of the instance's by the reservation
+  bool takes_slot = false;  // while reserved: counts towards the limits
 };
 
 using SampleList = IntrusiveList<Entry, &Entry::in_instance>;
@@ -76,9 +86,9 @@ struct Instance {
   std::size_t invalid_count = 0;  // samples without valid data
   std::size_t reserved_slots = 0;
   std::size_t reservations = 0;
-  std::unordered_set<RemoteWriter*> writers;  // of a keyed instance
-  RemoteWriter* last_writer = nullptr;        // one of them that need not be looked up
-  std::size_t writer_count = 0;
+  std::unordered_map<RemoteWriter*, Registration> writers;  // of a keyed instance
+  Registration* last_registration = nullptr;                // one of them that need not be looked up
+  std::size_t writer_count = 0;                             // whose registration is in force
   RefPtr<Message>
       key_holder;  // the data of a sample that tells of a vanished writer; null when no such sample is wanted
   ListHook<Instance> in_filled;
@@ -89,10 +99,6 @@ struct Instance {
   DDS_Long later_samples = 0;
   DDS_Long newest_generation = 0;
 
-  bool forget_writer(RemoteWriter* writer) {
-    if (last_writer == writer) { last_writer = nullptr; }
-    return writers.erase(writer) != 0;
-  }
   DDS_Long generation() const { return disposed_generation + no_writers_generation; }
   /// Class of the instance's samples that have not been read; those that have are one class above.
   unsigned state_class() const { return (is_new ? 0u : 2u) + 4u * static_cast<unsigned>(state); }

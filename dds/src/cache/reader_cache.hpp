@@ -79,7 +79,8 @@ class ReaderCache {
   void recycle(Entry* entry);
   Instance* find_or_add_instance(const Message& message, Refusal& why);
   Refusal claim_slot(Entry& entry);
-  void register_writer(Entry& entry);
+  void prepare_registration(Entry& entry);
+  void forget_if_unused(Instance& instance, const Registration& registration);
   void drop_reservation(Entry& entry);
   bool is_discarded(const Message& message) const {
     return discarded_.contains(CorrelationIndex::key(message.related_identity.sequence_number));

@@ -66,7 +66,7 @@ Entry* ReaderCache::reserve(RefPtr<Message>& message, RemoteWriter& writer, Refu
     entry->instance = instance;
     entry->writer = &writer;
     entry->bucket = nullptr;
-    entry->registered_now = false;
+    entry->registration = nullptr;
     entry->takes_slot = false;
     ++instance->reservations;
     why = discarded ? Refusal::none : claim_slot(*entry);
@@ -74,7 +74,7 @@ Entry* ReaderCache::reserve(RefPtr<Message>& message, RemoteWriter& writer, Refu
       if (indexed_) {
         entry->bucket = index_.acquire(CorrelationIndex::key(entry->message->related_identity.sequence_number));
       }
-      register_writer(*entry);
+      prepare_registration(*entry);
       return entry;
     }
   } catch (const std::bad_alloc&) { why = Refusal::memory; }
@@ -120,19 +120,26 @@ ReaderCache::Refusal ReaderCache::claim_slot(Entry& entry) {
 }
 
 // Whoever writes or disposes an instance is one of its writers until it unregisters it or goes.
-void ReaderCache::register_writer(Entry& entry) {
+void ReaderCache::prepare_registration(Entry& entry) {
   if (entry.message->kind == MessageKind::unregister) { return; }
   Instance& instance = *entry.instance;
   RemoteWriter& writer = *entry.writer;
-  if (instances_.keyed()) {
-    if (instance.last_writer == &writer) { return; }
-    entry.registered_now = instance.writers.insert(&writer).second;
-    instance.last_writer = &writer;
+  if (!instances_.keyed()) {
+    entry.registration = &writer.registration;
+  } else if (instance.last_registration != nullptr && instance.last_registration->writer == &writer) {
+    entry.registration = instance.last_registration;
   } else {
-    entry.registered_now = !writer.registered;
-    writer.registered = true;
+    entry.registration = instance.last_registration = &instance.writers[&writer];
+    entry.registration->writer = &writer;
   }
-  if (entry.registered_now) { ++instance.writer_count; }
+  ++entry.registration->reservations;
+}
+
+// Several samples of a writer may be reserved and any of them be cancelled: the last one clears up.
+void ReaderCache::forget_if_unused(Instance& instance, const Registration& registration) {
+  if (!instances_.keyed() || registration.in_force || registration.reservations != 0) { return; }
+  if (instance.last_registration == &registration) { instance.last_registration = nullptr; }
+  instance.writers.erase(registration.writer);
 }
 
 void ReaderCache::drop_reservation(Entry& entry) {
@@ -141,16 +148,13 @@ void ReaderCache::drop_reservation(Entry& entry) {
     --entry.instance->reserved_slots;
     --reserved_slots_;
   }
+  if (entry.registration != nullptr) { --entry.registration->reservations; }
 }
 
 void ReaderCache::cancel(Entry* entry) {
   Instance* instance = entry->instance;
   drop_reservation(*entry);
-  if (entry->registered_now) {
-    instance->forget_writer(entry->writer);
-    entry->writer->registered = false;
-    --instance->writer_count;
-  }
+  if (entry->registration != nullptr) { forget_if_unused(*instance, *entry->registration); }
   if (entry->bucket != nullptr) { index_.release(entry->bucket); }
   recycle(entry);
   instances_.remove_if_unused(instance);
@@ -198,6 +202,10 @@ void ReaderCache::index_late(Entry& entry) {
 bool ReaderCache::take_effect(Entry& entry) {
   Instance& instance = *entry.instance;
   const MessageKind kind = entry.message->kind;
+  if (entry.registration != nullptr && !entry.registration->in_force) {
+    entry.registration->in_force = true;
+    ++instance.writer_count;
+  }
   entry.valid = kind == MessageKind::data;
   if (entry.valid) {
     if (instance.state == InstanceState::disposed) { ++instance.disposed_generation; }
@@ -218,12 +226,15 @@ bool ReaderCache::take_effect(Entry& entry) {
 
 // True when the instance was alive and this was its last writer.
 bool ReaderCache::end_registration(Instance& instance, RemoteWriter& writer) {
+  Registration* registration = &writer.registration;
   if (instances_.keyed()) {
-    if (!instance.forget_writer(&writer)) { return false; }
-  } else {
-    if (!writer.registered) { return false; }
-    writer.registered = false;
+    const auto found = instance.writers.find(&writer);
+    if (found == instance.writers.end()) { return false; }
+    registration = &found->second;
   }
+  if (!registration->in_force) { return false; }
+  registration->in_force = false;
+  forget_if_unused(instance, *registration);
   if (--instance.writer_count != 0 || instance.state != InstanceState::alive) { return false; }
   change_state(instance, InstanceState::no_writers, instance.is_new);
   return true;
