@@ -110,7 +110,7 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
       }
     } catch (const std::bad_alloc&) { return DDS_RETCODE_OUT_OF_RESOURCES; }
     if (attempt.full.get() == nullptr) { continue; }  // readers came while there was nothing to send to them
-    attempt.waited.move_to(attempt.full.get());
+    attempt.waited.move_to(attempt.full.get(), attempt.packet.size());
     attempt.full->wait(attempt.ticket, deadline);
     if (deadline.passed()) { return DDS_RETCODE_TIMEOUT; }
     attempt.full = RefPtr<Window>();

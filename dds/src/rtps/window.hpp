@@ -15,7 +15,8 @@ class Window final : public PacketListener, public RefCounted<Window> {
   explicit Window(EventCount& released) : released_(released) {}
 
   /// Takes room for a packet, of which `on_released` has to be told; false when there is none until `wait` says so. An
-  /// idle window admits any packet. Once a packet has been refused to somebody who waits, smaller ones leave it room.
+  /// idle window admits any packet. Once a packet has been refused to somebody who waits, smaller ones leave it room,
+  /// and an idle window is the larger one's.
   bool acquire(std::size_t octets, bool waits) DDS_EXCLUDES(mutex_) {
     const std::size_t cost = cost_of(octets);
     const MutexLock lock(mutex_);
@@ -32,11 +33,12 @@ class Window final : public PacketListener, public RefCounted<Window> {
     const MutexLock lock(mutex_);
     take(cost_of(octets));
   }
-  /// Somebody who has waited does so no more, whether he was given room or not. Others try again.
-  void give_up() DDS_EXCLUDES(mutex_) {
+  /// Somebody who has waited with a packet does so no more, whether he was given room or not. If it was the largest,
+  /// the others try again.
+  void give_up(std::size_t octets) DDS_EXCLUDES(mutex_) {
     {
       const MutexLock lock(mutex_);
-      if (needed_ == 0) { return; }
+      if (needed_ == 0 || cost_of(octets) < needed_) { return; }
       needed_ = 0;
     }
     space_.notify();
@@ -79,8 +81,9 @@ class Window final : public PacketListener, public RefCounted<Window> {
   void wait(std::uint32_t ticket, Deadline& deadline) { space_.wait(ticket, deadline); }
 
  private:
+  // A packet that is larger than the whole window needs an idle one, which smaller ones would never leave it.
   bool has_room(std::size_t cost) const DDS_REQUIRES(mutex_) {
-    if (closed_ || cost_ == 0) { return true; }
+    if (closed_ || (cost_ == 0 && cost >= needed_)) { return true; }
     return cost_ + (cost < needed_ ? cost + needed_ : cost) <= kMostUnacknowledged;
   }
   void take(std::size_t cost) DDS_REQUIRES(mutex_) {

@@ -18,12 +18,14 @@ struct RtpsWriter::Attempt {
   /// Of the windows that have been waited for, the last one. Smaller packets are not kept out of it any longer when the
   /// write ends, however it does.
   struct Waited {
-    ~Waited() { move_to(nullptr); }
-    void move_to(Window* next) {
-      if (window.get() != nullptr && window.get() != next) { window->give_up(); }
+    ~Waited() { move_to(nullptr, 0); }
+    void move_to(Window* next, std::size_t size) {
+      if (window.get() != nullptr && window.get() != next) { window->give_up(octets); }
       window = RefPtr<Window>(next);
+      octets = size;
     }
     RefPtr<Window> window;
+    std::size_t octets = 0;  // of the packet
   };
 
   const WrittenSample& sample;
