@@ -238,6 +238,53 @@ TEST(AllocationFailure, InTheDeletionOfAllThatAParticipantHoldsDeletesNothing) {
       });
 }
 
+template <class Writer>
+DDS_Long matched(Writer* writer) {
+  DDS_PublicationMatchedStatus status;
+  EXPECT_EQ(writer->get_publication_matched_status(status), DDS_RETCODE_OK);
+  return status.current_count;
+}
+
+// What such a thread does nobody can report to its caller. The last round has no memory at all.
+TEST(AllocationFailure, OnATransportsOwnThreadsIsMadeGoodOnceThereIsMemoryAgain) {
+  const support::Carrier carrier{"TwoParticipants", "rtps", support::Carrier::participant_each};
+  long failures = 0;
+  for (const long every : {11, 9, 8, 7, 6, 5, 4, 3, 2, 1}) {
+    SCOPED_TRACE("one in " + std::to_string(every));
+    const Setting setting(carrier);
+    const Participant here, there;
+    DDSTopic* topic = here.strings("Topic");
+    DDSTopic* same_topic = there.strings("Topic");
+    const auto add_reader = [](DDSTopic* of, const DDS_DataReaderQos& qos) {
+      return DDSStringDataReader::narrow(
+          of->get_participant()->create_datareader(of, qos, nullptr, DDS_STATUS_MASK_NONE));
+    };
+    DDSStringDataWriter* writer = nullptr;
+    DDSStringDataReader *near = nullptr, *far = nullptr, *bounded = nullptr;
+    if (every % 2 == 0) { settle(); }  // the two meet before or while memory is short
+    {
+      const FailingElsewhere failing(every);
+      far = add_reader(same_topic, keep_all_reader());
+      writer = DDSStringDataWriter::narrow(
+          here->create_datawriter(topic, reliable_writer(milliseconds(200)), nullptr, DDS_STATUS_MASK_NONE));
+      near = add_reader(topic, keep_all_reader());
+      DDSStringDataReader* passing = add_reader(same_topic, keep_all_reader(1));
+      for (int i = 0; i < 3; ++i) { write(writer, "early"); }
+      bounded = add_reader(same_topic, keep_all_reader(1));
+      for (int i = 0; i < 3; ++i) { write(writer, "early"); }
+      EXPECT_EQ(there->delete_datareader(passing), DDS_RETCODE_OK);
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      failures += failing.failures();
+    }
+    AWAIT_EQ(matched(writer), 3);
+    for (DDSStringDataReader* reader : {near, far, bounded}) { take_all(reader); }
+    EXPECT_EQ(write(writer, "late"), DDS_RETCODE_OK);
+    EXPECT_EQ(write(writer, "too late"), DDS_RETCODE_TIMEOUT);
+    for (DDSStringDataReader* reader : {near, far, bounded}) { EXPECT_EQ(take_values(reader), Strings{"late"}); }
+  }
+  EXPECT_GT(failures, 10);
+}
+
 TEST(AllocationFailure, InAWaitSetLosesNoCondition) {
   fail_each_allocation(
       "wait set",

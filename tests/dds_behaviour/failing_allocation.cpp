@@ -1,5 +1,6 @@
 #include "failing_allocation.hpp"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -18,12 +19,32 @@ namespace {
 thread_local int allocations_left = 0;  // up to and with the one that fails; 0 when none will
 thread_local long count = 0;
 
+std::atomic<long> elsewhere_every{0};  // 0 when none fails
+std::atomic<long> elsewhere_count{0};
+thread_local bool spared = false;
+
 bool fails_now() {
   ++count;
   return allocations_left > 0 && --allocations_left == 0;
 }
 
+bool fails_elsewhere() {
+  const long every = elsewhere_every.load();
+  return every != 0 && !spared && ++elsewhere_count % every == 0;
+}
+
 }  // namespace
+
+FailingElsewhere::FailingElsewhere(long every) {
+  spared = true;
+  elsewhere_count = 0;
+  elsewhere_every = every;
+}
+FailingElsewhere::~FailingElsewhere() {
+  elsewhere_every = 0;
+  spared = false;
+}
+long FailingElsewhere::failures() const { return elsewhere_count / elsewhere_every; }
 
 FailingAllocation::FailingAllocation(int nth) { allocations_left = nth; }
 FailingAllocation::~FailingAllocation() { allocations_left = 0; }
@@ -75,7 +96,7 @@ int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
 #endif
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return behaviour::fails_now() ? nullptr : behaviour::plain(size == 0 ? 1 : size);
+  return behaviour::fails_now() || behaviour::fails_elsewhere() ? nullptr : behaviour::plain(size == 0 ? 1 : size);
 }
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
   return behaviour::fails_now() ? nullptr : behaviour::aligned(static_cast<std::size_t>(alignment), size);

@@ -15,6 +15,18 @@ class FailingAllocation {
   bool happened() const;
 };
 
+/// Makes one in `every` of the allocations fail that other threads than this make with `new`. One at a time.
+class FailingElsewhere {
+ public:
+  explicit FailingElsewhere(long every);
+  ~FailingElsewhere();
+  FailingElsewhere(const FailingElsewhere&) = delete;
+  FailingElsewhere& operator=(const FailingElsewhere&) = delete;
+
+  /// How many have failed.
+  long failures() const;
+};
+
 /// How many allocations this thread has made or tried.
 long allocation_count();
 

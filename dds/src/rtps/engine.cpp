@@ -304,12 +304,15 @@ void take_all(dds_entity_t reader, void* events) {
   }
 }
 
-void (*log_line)(const char*) = nullptr;
+std::atomic<void (*)(const char*)> log_line{nullptr};
 
 void pass_log_line(void* /*argument*/, const dds_log_data_t* data) {
-  if (log_line == nullptr) { return; }
-  const std::string message = data->message;
-  log_line(message.substr(0, message.find_last_not_of('\n') + 1).c_str());
+  const auto log = log_line.load(std::memory_order_acquire);
+  if (log == nullptr) { return; }
+  try {
+    const std::string message = data->message;
+    log(message.substr(0, message.find_last_not_of('\n') + 1).c_str());
+  } catch (const std::bad_alloc&) {}  // then there is no line
 }
 
 }  // namespace
@@ -339,6 +342,16 @@ void PacketQueue::push_back(Packet packet) {
     static_cast<PacketData*>(last_)->next = data;
   }
   last_ = data;
+}
+
+void PacketQueue::push_front(Packet packet) {
+  auto* data = packet_data(static_cast<ddsi_serdata*>(packet.release()));
+  data->next = static_cast<PacketData*>(std::exchange(first_, data));
+  if (last_ == nullptr) { last_ = data; }
+}
+
+void PacketQueue::append(PacketQueue packets) {
+  while (!packets.empty()) { push_back(packets.pop_front()); }
 }
 
 Packet PacketQueue::pop_front() {
@@ -496,7 +509,7 @@ std::unique_ptr<EngineWriter> Engine::connect(const std::string& address) {
 }
 
 void set_engine_log(void (*log)(const char*)) {
-  log_line = log;
+  log_line.store(log, std::memory_order_release);
   dds_set_log_sink(pass_log_line, nullptr);
 }
 

@@ -75,6 +75,8 @@ class PacketQueue {
 
   bool empty() const { return first_ == nullptr; }
   void push_back(Packet packet);
+  void push_front(Packet packet);
+  void append(PacketQueue packets);
   /// There is one.
   Packet pop_front();
 

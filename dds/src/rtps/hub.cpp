@@ -37,7 +37,11 @@ Mismatch compare(const Endpoint& writer, const Endpoint& reader) {
 
 }  // namespace
 
-Hub::Hub() : address_(make_guid(next_entity_handle())) {}
+Hub::Hub() : address_(make_guid(next_entity_handle())) {
+  constexpr std::size_t few = 64;
+  inbox_.reserve(few);
+  news_.reserve(few);
+}
 
 std::unique_ptr<Hub> Hub::open(const EngineConfig& config, std::string& error) {
   std::unique_ptr<Hub> hub(new Hub);
@@ -228,18 +232,16 @@ bool Hub::add_remote(const std::shared_ptr<Peer>& peer, bool is_writer, const DD
   RemoteEndpoint& added = *remote;
   peer->endpoints.emplace(guid, std::move(remote));
   ends.push_back(&added);
-  if (is_writer) {
-    try {
+  try {
+    if (is_writer) {
       peer->inbound().add_writer(guid, added.handle, added.endpoint.publication, added.endpoint.reliable);
-    } catch (const std::bad_alloc&) {
-      remove_remote(*peer, guid, told);
-      throw;
+      for (RtpsReader* reader : topic.readers) { match(*reader, added, told); }
+    } else {
+      for (RtpsWriter* writer : topic.writers) { match(*writer, added, told); }
     }
-  }
-  if (is_writer) {
-    for (RtpsReader* reader : topic.readers) { match(*reader, added, told); }
-  } else {
-    for (RtpsWriter* writer : topic.writers) { match(*writer, added, told); }
+  } catch (const std::bad_alloc&) {
+    remove_remote(*peer, guid, told);
+    throw;
   }
   return true;
 }

@@ -110,7 +110,8 @@ class Hub final : public EngineEvents, public SpaceListener {
   bool receive_hello(std::uint64_t writer, const Prefix& prefix, Octets payload)
       DDS_EXCLUDES(mutex_, bindings_mutex_, inbox_mutex_);
   std::shared_ptr<Peer> sender(std::uint64_t writer) DDS_EXCLUDES(bindings_mutex_);
-  void count_malformed(const char* what);
+  void count_malformed(const char* what) noexcept;
+  void miss(Peer& peer, FrameKind kind) DDS_EXCLUDES(mutex_);
   void log(const char* context, const char* text) noexcept;
 
   // The control thread: hub_control.cpp
@@ -170,6 +171,7 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::atomic<bool> ending_{false};
   // The control thread's.
   std::vector<unsigned char> last_presence_;
+  PacketQueue received_;         // from this participant
   std::vector<News> news_;       // what it has read from the inbox
   std::size_t news_read_ = 0;    // of them, it has seen to
   std::size_t places_turn_ = 0;  // whose samples are the first to look for places

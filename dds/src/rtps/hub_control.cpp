@@ -46,23 +46,26 @@ std::int64_t pause_after(unsigned hellos) {
 
 }  // namespace
 
+// The inbox has room for some even when memory is exhausted.
 void Hub::add_news(News news) noexcept {
   try {
     const MutexLock lock(inbox_mutex_);
     inbox_.push_back(std::move(news));
-  } catch (const std::bad_alloc&) { log("discovery", "out of memory: a participant may go unnoticed"); }
+  } catch (const std::bad_alloc&) { log("discovery", "out of memory: what becomes of a participant goes unnoticed"); }
   call_control();
 }
 
 void Hub::on_presence(std::uint64_t writer, const unsigned char* octets, std::size_t size) noexcept {
+  News news{News::Kind::presence, writer, {}};
   try {
-    News news{News::Kind::presence, writer, {}};
     if (!decode({octets, size}, news.presence)) {
       count_malformed("what a participant says of itself");
       return;
     }
-    add_news(std::move(news));
-  } catch (const std::bad_alloc&) { log("discovery", "out of memory: a participant may go unnoticed"); }
+  } catch (const std::bad_alloc&) {
+    news = {News::Kind::hello, 0, {news.presence.address, {}}};  // of interest or not: it is met
+  }
+  add_news(std::move(news));
 }
 
 // What comes from it after it has come anew must not be taken for what comes next, so this is done at once.
@@ -103,14 +106,18 @@ std::int64_t Hub::control_once(std::uint32_t asked) {
 }
 
 void Hub::receive_loopback() {
-  for (PacketQueue packets = loopback_->receive(); !packets.empty();) {
-    const Packet packet = packets.pop_front();
+  received_.append(loopback_->receive());
+  while (!received_.empty()) {
+    Packet packet = received_.pop_front();
     Prefix prefix;
     Octets payload;
     decode({packet.octets(), packet.size()}, prefix, payload);
     try {
       receive(self_, prefix, payload);
-    } catch (const std::bad_alloc&) { log("receive", "out of memory: a message is lost"); }
+    } catch (const std::bad_alloc&) {
+      received_.push_front(std::move(packet));  // nothing has been done
+      throw;
+    }
   }
 }
 
@@ -261,15 +268,15 @@ void Hub::open_way(const std::shared_ptr<Peer>& peer, Told& told) {
         send_endpoint(*peer, false, reader->guid(), reader->endpoint());
       }
     }
+    peer->open = true;
+    for (const auto& known : peer->endpoints) {
+      const RemoteEndpoint& remote = *known.second;
+      if (remote.is_writer) { continue; }
+      for (RtpsWriter* writer : topics_[remote.endpoint.topic_name].writers) { match(*writer, remote, told); }
+    }
   } catch (const std::bad_alloc&) {
     restart(*peer, told);  // from the beginning, in a session of which nothing has been said
     throw;
-  }
-  peer->open = true;
-  for (const auto& known : peer->endpoints) {
-    const RemoteEndpoint& remote = *known.second;
-    if (remote.is_writer) { continue; }
-    for (RtpsWriter* writer : topics_[remote.endpoint.topic_name].writers) { match(*writer, remote, told); }
   }
   openings_.notify();
 }
@@ -322,21 +329,26 @@ void Hub::on_space() noexcept {
 void Hub::find_places() {
   std::vector<std::shared_ptr<Peer>> peers = all_peers();
   std::rotate(peers.begin(), peers.begin() + static_cast<std::ptrdiff_t>(places_turn_++ % peers.size()), peers.end());
+  bool out_of_memory = false;
   for (const std::shared_ptr<Peer>& peer : peers) {
-    std::vector<Inbound::Answer> answers;
     finding_places = true;
     try {
-      peer->inbound().try_reservations(answers);
-    } catch (const std::bad_alloc&) { ask_control(kPlaces); }
+      peer->inbound().try_reservations(peer->answers);
+    } catch (const std::bad_alloc&) { out_of_memory = true; }
     finding_places = false;
-    for (const Inbound::Answer& answer : answers) {
-      Prefix prefix;
-      prefix.kind = answer.placed ? FrameKind::placed : FrameKind::waits;
-      prefix.identity.writer_guid = answer.writer;
-      prefix.token = answer.token;
-      peer->send(make_frame(prefix));
-    }
+    auto answer = peer->answers.begin();
+    try {
+      for (; answer != peer->answers.end(); ++answer) {
+        Prefix prefix;
+        prefix.kind = answer->placed ? FrameKind::placed : FrameKind::waits;
+        prefix.identity.writer_guid = answer->writer;
+        prefix.token = answer->token;
+        peer->send(make_frame(prefix));
+      }
+    } catch (const std::bad_alloc&) { out_of_memory = true; }
+    peer->answers.erase(peer->answers.begin(), answer);
   }
+  if (out_of_memory) { throw std::bad_alloc(); }
 }
 
 }  // namespace dds::rtps

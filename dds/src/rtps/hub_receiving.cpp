@@ -24,10 +24,24 @@ void Hub::on_packet(std::uint64_t writer, const unsigned char* octets, std::size
     } else if (prefix.kind == FrameKind::hello) {
       if (!receive_hello(writer, prefix, payload)) { count_malformed("a greeting"); }
     } else if (const std::shared_ptr<Peer> peer = sender(writer)) {
-      receive(peer, prefix, payload);
+      try {
+        receive(peer, prefix, payload);
+      } catch (const std::bad_alloc&) { miss(*peer, prefix.kind); }
     }
     // Otherwise it was sent to one who has been forgotten.
-  } catch (const std::exception&) { log("receive", "out of memory: a message is lost"); }
+  } catch (const std::bad_alloc&) { log("receive", "out of memory: a greeting is lost"); }  // there will be another
+}
+
+// Exhausted memory costs a sample. Of anything else the two would disagree for ever, so that they begin anew.
+void Hub::miss(Peer& peer, FrameKind kind) {
+  log("receive", "out of memory: a message is lost");
+  if (kind == FrameKind::sample) { return; }
+  {
+    Told told(*this);
+    const MutexLock lock(mutex_);
+    if (!peer.gone) { restart(peer, told); }
+  }
+  call_control();
 }
 
 void Hub::receive(const std::shared_ptr<Peer>& peer, const Prefix& prefix, Octets payload) {
@@ -122,20 +136,26 @@ bool Hub::receive_hello(std::uint64_t writer, const Prefix& prefix, Octets paylo
     const MutexLock bindings(bindings_mutex_);
     if (peer.inbound_writer != writer || !peer.heard) { bindings_.erase(peer.inbound_writer); }
     peer.inbound_writer = writer;
-    if (peer.heard) { bindings_[writer] = found->second; }
+    if (peer.heard) {
+      try {
+        bindings_[writer] = found->second;
+      } catch (const std::bad_alloc&) { restart(peer, told); }
+    }
     peer.hello_due = peer.hello_due || anew || !peer.heard || !peer.open;
   }
   call_control();
   return true;
 }
 
-void Hub::count_malformed(const char* what) {
+void Hub::count_malformed(const char* what) noexcept {
   const DDS_LongLong count = malformed_messages_.fetch_add(1, std::memory_order_relaxed) + 1;
   // Whoever sends much of it does not fill the log: of the first ten each, then every tenth of a power of ten.
   DDS_LongLong step = 1;
   while (step * 10 < count) { step *= 10; }
   if (count % step != 0) { return; }
-  listeners_.log("receive", std::string("dropped ") + what + " (" + std::to_string(count) + " dropped so far)");
+  try {
+    listeners_.log("receive", std::string("dropped ") + what + " (" + std::to_string(count) + " dropped so far)");
+  } catch (const std::bad_alloc&) {}  // then there is no line
 }
 
 }  // namespace dds::rtps

@@ -134,6 +134,7 @@ Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
     if (parked.message.get() == nullptr) { outcome = Outcome::malformed; }
   }
   reserve_one(waiting_, waiting_.size());
+  reserve_one(writer->parked, writer->parked.size());
   writer->parked.push_back(std::move(parked));
   waiting_.push_back({prefix.identity.writer_guid, prefix.token});
   return outcome;
@@ -173,13 +174,14 @@ void Inbound::cancel(Parked& parked) {
 Admission Inbound::place(const Writer& writer, Parked& parked) {
   if (parked.message.get() == nullptr) { return Admission::accepted; }
   RouteTable::Blocked blocked;
-  Admission admission = writer.bounded.reserve(*parked.message, parked.bounded_targets, blocked);
-  if (admission == Admission::accepted) {
-    try {
+  Admission admission = Admission::no_memory;
+  try {
+    admission = writer.bounded.reserve(*parked.message, parked.bounded_targets, blocked);
+    if (admission == Admission::accepted) {
       admission = writer.routes.reserve(*parked.message, parked.targets, blocked);
-    } catch (const std::bad_alloc&) { admission = Admission::no_memory; }
-    if (admission != Admission::accepted) { RouteTable::cancel(parked.bounded_targets); }
-  }
+    }
+  } catch (const std::bad_alloc&) { admission = Admission::no_memory; }
+  if (admission != Admission::accepted) { RouteTable::cancel(parked.bounded_targets); }
   if (admission == Admission::full) {
     Deadline none({0, 0});
     blocked.reader->wait_for_space(blocked.ticket, none);
@@ -190,6 +192,7 @@ Admission Inbound::place(const Writer& writer, Parked& parked) {
 void Inbound::try_reservations(std::vector<Answer>& answers) {
   const MutexLock lock(mutex_);
   answers.reserve(answers.size() + waiting_.size());
+  bool out_of_memory = false;
   for (Waiting& waiting : waiting_) {
     Writer* const writer = find(waiting.writer);
     const auto parked = writer == nullptr ? std::vector<Parked>::iterator{} : find_parked(*writer, waiting.token);
@@ -197,13 +200,15 @@ void Inbound::try_reservations(std::vector<Answer>& answers) {
       waiting.done = true;
       continue;
     }
-    parked->placed = parked->placed || place(*writer, *parked) == Admission::accepted;
-    waiting.done = parked->placed;
+    const Admission admission = place(*writer, *parked);
+    out_of_memory = out_of_memory || admission == Admission::no_memory;
+    waiting.done = parked->placed = admission == Admission::accepted;
     if (waiting.done || !waiting.told) { answers.push_back({waiting.writer, waiting.token, waiting.done}); }
     waiting.told = true;
   }
   waiting_.erase(std::remove_if(waiting_.begin(), waiting_.end(), [](const Waiting& waiting) { return waiting.done; }),
                  waiting_.end());
+  if (out_of_memory) { throw std::bad_alloc(); }
 }
 
 }  // namespace dds::rtps

@@ -30,7 +30,7 @@ class Inbound {
   /// Afterwards nothing comes to the reader from this participant.
   void disconnect(RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
 
-  // What comes in. Throw `std::bad_alloc`, the sample then being lost.
+  // What comes in. Throw `std::bad_alloc`, having changed nothing.
 
   Outcome deliver(const Prefix& prefix, Octets payload, Notifications& notifications) DDS_EXCLUDES(mutex_);
   /// Keeps a sample until `try_reservations` has found a place for it, and `commit` or `cancel` comes.
@@ -44,7 +44,8 @@ class Inbound {
     bool placed;
   };
   /// Looks for places for the samples that wait for one. Adds to `answers` those that have found theirs, and those
-  /// whose senders do not know yet that they have to wait. Throws `std::bad_alloc`.
+  /// whose senders do not know yet that they have to wait. Throws `std::bad_alloc` when some could not be looked for;
+  /// what has been added holds.
   void try_reservations(std::vector<Answer>& answers) DDS_EXCLUDES(mutex_);
 
  private:

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 #include "rtps/frame.hpp"
 #include "rtps/inbound.hpp"
@@ -51,6 +52,8 @@ class Peer : public std::enable_shared_from_this<Peer> {
   /// Waits until everything has been acknowledged, or for the deadline.
   void drain(Deadline& deadline) DDS_EXCLUDES(sending_);
   Inbound& inbound() { return inbound_; }
+
+  std::vector<Inbound::Answer> answers;  // due to it; the control thread's
 
   // The hub's lock guards the rest.
 
