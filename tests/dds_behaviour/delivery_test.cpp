@@ -108,6 +108,9 @@ TEST_P(Delivery, TheRelatedIdentityAndTheSourceTimeTravelWithTheSample) {
   params.related_sample_identity.sequence_number = {3, 0xfffffffe};
   params.source_timestamp = {1234, 567};
   ASSERT_EQ(writer->write_w_params("related", params), DDS_RETCODE_OK);
+  DDS_WriteParams_t no_time;
+  no_time.source_timestamp = {1234, 1000000000};
+  ASSERT_EQ(writer->write_w_params("of no time", no_time), DDS_RETCODE_BAD_PARAMETER);
   DDS_Time_t before, after;
   ASSERT_EQ(participant->get_current_time(before), DDS_RETCODE_OK);
   ASSERT_EQ(write(writer, "plain"), DDS_RETCODE_OK);

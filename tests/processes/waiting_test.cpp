@@ -95,6 +95,19 @@ TEST_F(Waiting, AFullReaderDelaysNoOther) {
   full.await("take");
 }
 
+TEST_F(Waiting, NobodyWaitsForBestEffortReaders) {
+  Child careless = start_endpoints({"reader Topic -1 0 1"});
+  Child careful = start_endpoints({"reader Topic 1000 0"});
+  Child writer = start_endpoints({"writer Topic 1000", "readers Topic 2"});
+  careless.signal(SIGSTOP);
+  writer.say("write Topic 1 100 65000");
+  EXPECT_EQ(numbers(writer.await("written"))[0], 100);
+  writer.ask("mark Topic");
+  careful.ask("take Topic 1");
+  EXPECT_EQ(careful.take("sample").size(), 100u);
+  careless.signal(SIGCONT);
+}
+
 struct Load {
   const char* name;
   const char* limit;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <dds/log.hpp>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -47,6 +48,32 @@ TEST(ListenerThreads, CallsMayWaitForThoseBehindThem) {
     post(threads, {&first, &second});
     post(threads, {&third});
     first_ended.get_future().wait();
+  }
+}
+
+// They may even wait for each other.
+TEST(ListenerThreads, ACallDoesNotWaitForWhoeverTakesTheLinesOfTheLog) {
+  for (int i = 0; i < support::scaled(100); ++i) {
+    std::promise<void> busy, called, line_taken;
+    const auto take_line = [&] {
+      called.get_future().wait();
+      line_taken.set_value();
+    };
+    using TakeLine = decltype(take_line);
+    DDSLog_set_sink([](void* take, int, const char*, int, const char*, const QVXLogMessage*,
+                       const char*) { (*static_cast<const TakeLine*>(take))(); },
+                    const_cast<void*>(static_cast<const void*>(&take_line)));
+    Call first([&] { busy.get_future().wait(); });
+    Call second([&] { called.set_value(); });
+    {
+      ListenerThreads threads;
+      post(threads, {&first});
+      threads.log("test", "a line");
+      post(threads, {&second});
+      line_taken.get_future().wait();
+      busy.set_value();
+    }
+    DDSLog_set_sink(nullptr, nullptr);
   }
 }
 

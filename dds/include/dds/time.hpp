@@ -29,6 +29,8 @@ constexpr bool operator!=(const DDS_Time_t& a, const DDS_Time_t& b) { return !(a
 
 namespace dds {
 
+constexpr bool is_valid(const DDS_Time_t& time) { return time.nanosec < 1000000000; }
+
 /// Nanoseconds of a finite duration or time; never overflows, since the seconds have 32 bits.
 constexpr std::int64_t to_nanoseconds(std::int32_t sec, std::uint32_t nanosec) {
   return std::int64_t{sec} * 1000000000 + nanosec;

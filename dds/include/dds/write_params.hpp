@@ -21,7 +21,8 @@ struct DDS_EXPORT DDS_WriteParams_t {
   /// The sample that this one answers.
   DDS_SampleIdentity_t related_sample_identity = DDS_UNKNOWN_SAMPLE_IDENTITY;
   DDS_Cookie_t cookie;
-  /// The source time-stamp; `DDS_TIME_INVALID` stands for the time of the write.
+  /// The source time-stamp; `DDS_TIME_INVALID` stands for the time of the write. Any other with a second or more of
+  /// nanoseconds is a bad parameter.
   DDS_Time_t source_timestamp = DDS_TIME_INVALID;
   /// The instance to write, or `DDS_HANDLE_NIL` to take it from the data's key.
   DDS_InstanceHandle_t handle = DDS_HANDLE_NIL;

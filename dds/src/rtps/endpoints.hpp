@@ -28,12 +28,16 @@ class RtpsReader final : public TransportReader {
   const Filter* filter() const { return filter_; }
   const Endpoint& endpoint() const { return endpoint_; }
   const DDS_GUID_t& guid() const { return sink_.data()->key; }
+  /// What tells this participant itself that the reader is gone; made when it comes, since then it may not fail. The
+  /// hub's lock guards it.
+  Packet& withdrawal() { return withdrawal_; }
 
  private:
   Hub& hub_;
   ReaderCore& sink_;
   const Filter* const filter_;
   Endpoint endpoint_;
+  Packet withdrawal_;
 };
 
 /// A writer of this participant: numbers the samples and sends each to the participants whose readers take it, one copy
@@ -50,6 +54,8 @@ class RtpsWriter final : public TransportWriter {
   WriterCore& sink() const { return sink_; }
   const Endpoint& endpoint() const { return endpoint_; }
   const DDS_GUID_t& guid() const { return sink_.guid(); }
+  /// As that of a reader.
+  Packet& withdrawal() { return withdrawal_; }
 
   // For the hub, under its lock.
 
@@ -89,8 +95,6 @@ class RtpsWriter final : public TransportWriter {
       State state = State::none;
     };
     bool any(State state) const;
-    /// Whether the sample has a place wherever it needs one.
-    bool complete() const { return !any(State::none) && !any(State::asked) && !any(State::waiting); }
 
     std::vector<Place> places;
     EventCount changed;
@@ -115,7 +119,9 @@ class RtpsWriter final : public TransportWriter {
   bool await_answers(Attempt& attempt, Deadline& answers) DDS_EXCLUDES(mutex_);
   const Peer* wait_for_one(Attempt& attempt) DDS_EXCLUDES(mutex_);
   bool await_place(Attempt& attempt, const Peer& peer) DDS_EXCLUDES(mutex_);
+  static void flush_places(const Attempt& attempt);
   Step settle(Attempt& attempt, bool placed) DDS_EXCLUDES(mutex_);
+  void push_verdicts(Attempt& attempt, bool placed) DDS_EXCLUDES(mutex_);
   void give_back(Reservation::Place& place) DDS_REQUIRES(mutex_);
   Packet copy_packet(const Packet& packet) const;
   DDS_SampleIdentity_t next_identity() DDS_REQUIRES(mutex_);
@@ -123,6 +129,7 @@ class RtpsWriter final : public TransportWriter {
   Hub& hub_;
   WriterCore& sink_;
   Endpoint endpoint_;
+  Packet withdrawal_;
 
   Mutex mutex_;
   std::uint64_t last_number_ DDS_GUARDED_BY(mutex_) = 0;

@@ -505,7 +505,13 @@ std::unique_ptr<EngineWriter> Engine::connect(const std::string& address) {
   dds_lset_publication_matched(listener.get(), on_publication_matched);
   const dds_entity_t writer =
       dds_create_writer(state_->participant, state_->channel_topic, channel_qos(address).get(), listener.get());
-  return writer < 0 ? nullptr : std::make_unique<EngineWriter>(writer);
+  if (writer < 0) { return nullptr; }
+  try {
+    return std::make_unique<EngineWriter>(writer);
+  } catch (const std::bad_alloc&) {
+    dds_delete(writer);
+    throw;
+  }
 }
 
 void set_engine_log(void (*log)(const char*)) {

@@ -112,13 +112,21 @@ void Hub::send_endpoint(Peer& peer, bool is_writer, const DDS_GUID_t& guid, cons
   Prefix prefix;
   prefix.kind = is_writer ? FrameKind::writer : FrameKind::reader;
   prefix.identity.writer_guid = guid;
-  peer.send(make_frame(prefix, {octets.data(), octets.size()}));
+  peer.push(make_frame(prefix, {octets.data(), octets.size()}));
+}
+
+Packet Hub::make_withdrawal(const DDS_GUID_t& guid) const {
+  Prefix prefix;
+  prefix.kind = FrameKind::withdrawn;
+  prefix.identity.writer_guid = guid;
+  return make_frame(prefix);
 }
 
 void Hub::add(RtpsWriter& writer) {
   Told told(*this);
   {
     const MutexLock lock(mutex_);
+    writer.withdrawal() = make_withdrawal(writer.guid());
     Topic& topic = topics_[writer.endpoint().topic_name];
     topic.writers.push_back(&writer);
     own_writers_.emplace(writer.guid(), &writer);
@@ -135,6 +143,7 @@ void Hub::add(RtpsReader& reader) {
   Told told(*this);
   {
     const MutexLock lock(mutex_);
+    reader.withdrawal() = make_withdrawal(reader.guid());
     Topic& topic = topics_[reader.endpoint().topic_name];
     topic.readers.push_back(&reader);
     // The reader takes what comes before the others are told that they may send.
@@ -146,15 +155,15 @@ void Hub::add(RtpsReader& reader) {
   ask_control(kPresence);
 }
 
-void Hub::withdraw(const DDS_GUID_t& guid) {
-  Prefix prefix;
-  prefix.kind = FrameKind::withdrawn;
-  prefix.identity.writer_guid = guid;
+// Whoever cannot be told for want of memory learns anew what there is.
+void Hub::withdraw(const DDS_GUID_t& guid, Packet own, Told& told) {
+  if (own) { self_->push(std::move(own)); }
   for (const auto& known : peers_) {
-    if (!known.second->open) { continue; }
+    Peer& peer = *known.second;
+    if (!peer.open || &peer == self_.get()) { continue; }
     try {
-      known.second->send(make_frame(prefix));
-    } catch (const std::bad_alloc&) { log("withdraw", "out of memory: a participant is not told"); }
+      peer.push(make_withdrawal(guid));
+    } catch (const std::bad_alloc&) { restart(peer, told); }
   }
 }
 
@@ -176,7 +185,7 @@ void Hub::remove(RtpsWriter& writer) {
     if (found == topics_.end()) { return; }
     Topic& topic = found->second;
     erase(topic.writers, static_cast<const RtpsWriter*>(&writer));
-    withdraw(writer.guid());
+    withdraw(writer.guid(), std::move(writer.withdrawal()), told);
     for (const RemoteEndpoint* reader : topic.remote_readers) { writer.disconnect(*reader, told.notifications); }
     drop_topic_if_empty(writer.endpoint().topic_name);
   }
@@ -190,7 +199,7 @@ void Hub::remove(RtpsReader& reader) {
     const auto found = topics_.find(reader.endpoint().topic_name);
     if (found == topics_.end()) { return; }
     erase(found->second.readers, static_cast<const RtpsReader*>(&reader));
-    withdraw(reader.guid());
+    withdraw(reader.guid(), std::move(reader.withdrawal()), told);
     for (const auto& known : peers_) { known.second->inbound().disconnect(reader, told.notifications); }
     drop_topic_if_empty(reader.endpoint().topic_name);
   }

@@ -89,7 +89,8 @@ class Hub final : public EngineEvents, public SpaceListener {
   // Endpoints and matches: hub.cpp
 
   void send_endpoint(Peer& peer, bool is_writer, const DDS_GUID_t& guid, const Endpoint& endpoint) DDS_REQUIRES(mutex_);
-  void withdraw(const DDS_GUID_t& guid) DDS_REQUIRES(mutex_);
+  Packet make_withdrawal(const DDS_GUID_t& guid) const;
+  void withdraw(const DDS_GUID_t& guid, Packet own, Told& told) DDS_REQUIRES(mutex_);
   void match(RtpsWriter& writer, const RemoteEndpoint& reader, Told& told) DDS_REQUIRES(mutex_);
   void match(RtpsReader& reader, const RemoteEndpoint& writer, Told& told) DDS_REQUIRES(mutex_);
   /// False for what is no new endpoint.
@@ -139,6 +140,7 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::int64_t greet() DDS_EXCLUDES(mutex_);
   void open_way(const std::shared_ptr<Peer>& peer, Told& told) DDS_REQUIRES(mutex_);
   void find_places() DDS_EXCLUDES(mutex_);
+  void flush() DDS_EXCLUDES(mutex_);
   std::vector<std::shared_ptr<Peer>> all_peers() DDS_EXCLUDES(mutex_);
 
   const DDS_GUID_t address_;
@@ -171,10 +173,11 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::atomic<bool> ending_{false};
   // The control thread's.
   std::vector<unsigned char> last_presence_;
-  PacketQueue received_;         // from this participant
-  std::vector<News> news_;       // what it has read from the inbox
-  std::size_t news_read_ = 0;    // of them, it has seen to
-  std::size_t places_turn_ = 0;  // whose samples are the first to look for places
+  PacketQueue received_;                        // from this participant
+  std::vector<News> news_;                      // what it has read from the inbox
+  std::size_t news_read_ = 0;                   // of them, it has seen to
+  std::size_t places_turn_ = 0;                 // whose samples are the first to look for places
+  std::vector<std::shared_ptr<Peer>> flushed_;  // scratch
   std::thread control_thread_;
 };
 

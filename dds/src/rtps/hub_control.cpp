@@ -1,13 +1,12 @@
 // The control thread of a participant: finds the others, makes sure of them, and does what must not be done on the
 // engine's threads. It calls no application code and waits for nobody.
 
-#include <sys/random.h>
-
 #include <algorithm>
 #include <iterator>
 #include <new>
 
 #include "rtps/hub.hpp"
+#include "util/entity_ids.hpp"
 
 namespace dds::rtps {
 
@@ -16,14 +15,6 @@ namespace {
 constexpr std::int64_t kMillisecond = 1000000;
 
 std::int64_t now() { return clock_nanoseconds(CLOCK_MONOTONIC); }
-
-std::uint64_t draw_session() {
-  std::uint64_t session = 0;
-  while (session == 0) {
-    if (getrandom(&session, sizeof(session), 0) != sizeof(session)) { session = 0; }
-  }
-  return session;
-}
 
 bool before(const Presence::Topic& a, const Presence::Topic& b) { return a.hash < b.hash; }
 
@@ -102,7 +93,21 @@ std::int64_t Hub::control_once(std::uint32_t asked) {
   if ((asked & kPresence) != 0) { publish_presence(); }
   read_news();
   if ((asked & kPlaces) != 0) { find_places(); }
-  return greet();
+  const std::int64_t next = greet();
+  flush();
+  return next;
+}
+
+// What has been put in line under the hub's lock, and what could not go before.
+void Hub::flush() {
+  {
+    const MutexLock lock(mutex_);
+    for (const auto& known : peers_) {
+      if (known.second->has_line()) { flushed_.push_back(known.second); }
+    }
+  }
+  for (const std::shared_ptr<Peer>& peer : flushed_) { peer->flush(); }
+  flushed_.clear();
 }
 
 void Hub::receive_loopback() {
@@ -165,7 +170,11 @@ void Hub::read_news() {
     switch (news.kind) {
       case News::Kind::presence: {
         const MutexLock lock(mutex_);
-        presences_[news.writer] = news.presence;
+        const auto [known, is_new] = presences_.try_emplace(news.writer, news.presence);
+        // Nobody becomes another participant.
+        if (!is_new && DDS_GUID_equals(&known->second.address, &news.presence.address)) {
+          known->second = news.presence;
+        }
         break;
       }
       case News::Kind::lost:
@@ -197,6 +206,9 @@ void Hub::meet(const DDS_GUID_t& address, std::uint64_t writer) {
   {
     const MutexLock lock(mutex_);
     if (peers_.count(address) != 0) { return; }
+    // One who speaks is one participant, however many it claims to be.
+    const auto speaks = [&](const Peers::value_type& known) { return known.second->inbound_writer == writer; };
+    if (writer != 0 && std::any_of(peers_.begin(), peers_.end(), speaks)) { return; }
   }
   // Not under the lock, which the engine's threads want.
   std::unique_ptr<EngineWriter> channel = engine_->connect(to_text(address));
@@ -205,7 +217,7 @@ void Hub::meet(const DDS_GUID_t& address, std::uint64_t writer) {
     return;
   }
   auto peer = graveyard_.make_peer(address, std::make_unique<EngineChannel>(std::move(channel), listeners_));
-  peer->session = draw_session();
+  peer->session = random_number();
   peer->inbound_writer = writer;
   const MutexLock lock(mutex_);
   peers_.emplace(address, std::move(peer));
@@ -251,7 +263,7 @@ void Hub::leave_readers(Peer& peer, Told& told) {
 
 void Hub::restart(Peer& peer, Told& told) {
   leave_readers(peer, told);
-  peer.session = draw_session();
+  peer.session = random_number();
   peer.heard = false;
   peer.open = false;
   peer.told_session = 0;
@@ -286,7 +298,6 @@ std::int64_t Hub::greet() {
   Told told(*this);
   const MutexLock lock(mutex_);
   for (const auto& [address, peer] : peers_) {
-    peer->send_held();
     if (peer == self_) { continue; }
     const bool opens = peer->heard && !peer->open;
     const bool settled = peer->open && peer->told_session == peer->their_session;
@@ -298,7 +309,7 @@ std::int64_t Hub::greet() {
       Prefix prefix;
       prefix.kind = FrameKind::hello;
       prefix.identity.writer_guid = address_;
-      peer->send(make_frame(prefix, {octets, sizeof(octets)}));
+      peer->push(make_frame(prefix, {octets, sizeof(octets)}));
       peer->hello_due = false;
       // Through an open way it surely arrives, and before what follows it.
       if (peer->heard) { peer->told_session = peer->their_session; }
@@ -343,7 +354,7 @@ void Hub::find_places() {
         prefix.kind = answer->placed ? FrameKind::placed : FrameKind::waits;
         prefix.identity.writer_guid = answer->writer;
         prefix.token = answer->token;
-        peer->send(make_frame(prefix));
+        peer->push(make_frame(prefix));
       }
     } catch (const std::bad_alloc&) { out_of_memory = true; }
     peer->answers.erase(peer->answers.begin(), answer);

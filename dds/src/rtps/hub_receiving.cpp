@@ -70,14 +70,11 @@ void Hub::receive(const std::shared_ptr<Peer>& peer, const Prefix& prefix, Octet
 }
 
 Outcome Hub::receive_sample(Peer& peer, const Prefix& prefix, Octets payload) {
-  constexpr std::uint32_t nanoseconds = 1000000000;
   Notifications notifications(listeners_);
   switch (prefix.kind) {
     case FrameKind::sample:
-      if (prefix.source_time.nanosec >= nanoseconds) { return Outcome::malformed; }
       return peer.inbound().deliver(prefix, payload, notifications);
     case FrameKind::reservation: {
-      if (prefix.source_time.nanosec >= nanoseconds) { return Outcome::malformed; }
       const Outcome outcome = peer.inbound().park(prefix, payload);
       ask_control(kPlaces);
       return outcome;

@@ -92,6 +92,7 @@ void Inbound::disconnect(RtpsReader& reader, Notifications& notifications) {
 }
 
 RefPtr<Message> Inbound::make_message(Writer& writer, const Prefix& prefix, Octets payload) {
+  if (!is_valid(prefix.source_time)) { return RefPtr<Message>(); }
   RefPtr<Message> message = writer.pool->acquire();
   if (message.get() == nullptr) { throw std::bad_alloc(); }
   if (!writer.type->deserialize(message->sample(), payload.data, payload.size)) { return RefPtr<Message>(); }
@@ -125,6 +126,7 @@ Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
   const MutexLock lock(mutex_);
   Writer* writer = find(prefix.identity.writer_guid);
   if (writer == nullptr) { return Outcome::unknown_writer; }
+  if (writer->parked.size() == kMostParked) { return Outcome::malformed; }
   Outcome outcome = Outcome::taken;
   Parked parked;
   parked.token = prefix.token;

@@ -49,6 +49,9 @@ class Inbound {
   void try_reservations(std::vector<Answer>& answers) DDS_EXCLUDES(mutex_);
 
  private:
+  /// Of one writer: a thread that writes has one. Whoever sends more does not write.
+  static constexpr std::size_t kMostParked = 4096;
+
   struct Parked {
     std::uint64_t token = 0;
     RefPtr<Message> message;

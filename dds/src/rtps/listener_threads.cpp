@@ -125,15 +125,16 @@ void ListenerThreads::run(std::size_t worker) {
   }
 }
 
-// One call at a time, so that those behind it can be taken back or go to another thread.
+// One call at a time, so that those behind it can be taken back or go to another thread; a call does not wait for lines
+// either, since whoever takes them may be slow, or wait for somebody who wants the call taken back.
 bool ListenerThreads::run_once(std::size_t worker) {
   Callback* callback = nullptr;
   std::vector<Line> lines;
   {
     const MutexLock lock(mutex_);
-    if (!pending_.empty()) { callback = pending_.pop_front(); }
     lines.swap(lines_);
-    if (callback == nullptr && lines.empty()) { return false; }
+    if (lines.empty() && pending_.empty()) { return false; }
+    if (lines.empty()) { callback = pending_.pop_front(); }
     workers_[worker].busy = true;
     workers_[worker].call = callback;
     // Those behind it may be what it is going to wait for.

@@ -1,37 +1,64 @@
 #include "rtps/peer.hpp"
 
+#include <algorithm>
+
 namespace dds::rtps {
 
-void Peer::send_admitted(Packet packet) {
-  const MutexLock lock(sending_);
-  held_cost_ += Window::cost_of(packet.size());
-  held_.push_back(std::move(packet));
-  send_what_may_go();
+void Peer::push_admitted(Packet packet) {
+  const MutexLock lock(line_mutex_);
+  line_cost_ += Window::cost_of(packet.size());
+  line_.push_back(std::move(packet));
 }
 
-void Peer::send(Packet packet) {
+void Peer::push(Packet packet) {
   window_->acquire_beyond(packet.size());
   packet.notify_release(*window_);
-  send_admitted(std::move(packet));
+  push_admitted(std::move(packet));
 }
 
-void Peer::send_held() {
-  const MutexLock lock(sending_);
-  send_what_may_go();
+void Peer::flush() {
+  std::size_t share = 0;
+  for (Packet packet = begin_flush(share); packet; packet = go_on(share)) { channel_->send(std::move(packet)); }
 }
 
-void Peer::send_what_may_go() {
-  while (!held_.empty() && window_->may_go(held_cost_)) {
-    Packet packet = held_.pop_front();
-    held_cost_ -= Window::cost_of(packet.size());
-    channel_->send(std::move(packet));
+// A thread sends what it finds, so also what it has pushed itself, and then some, since others may not have to be woken
+// for it. It does not send for others for ever: it has a caller whom it has promised when to return.
+Packet Peer::begin_flush(std::size_t& share) {
+  constexpr std::size_t some = 65536;
+  const MutexLock lock(line_mutex_);
+  if (flushing_) { return Packet(); }
+  flushing_ = true;
+  share = line_cost_ + some;
+  return pop_or_end(share);
+}
+
+Packet Peer::go_on(std::size_t& share) {
+  const MutexLock lock(line_mutex_);
+  return pop_or_end(share);
+}
+
+Packet Peer::pop_or_end(std::size_t& share) {
+  if (!line_.empty() && share != 0 && window_->may_go(line_cost_)) {
+    Packet packet = line_.pop_front();
+    const std::size_t cost = Window::cost_of(packet.size());
+    line_cost_ -= cost;
+    share -= std::min(share, cost);
+    return packet;
   }
+  flushing_ = false;
+  if (!line_.empty() && share == 0) { due_.notify(); }
+  return Packet();
+}
+
+bool Peer::has_line() {
+  const MutexLock lock(line_mutex_);
+  return !line_.empty();
 }
 
 void Peer::drain(Deadline& deadline) {
   for (;;) {
     const std::uint32_t ticket = window_->ticket();
-    send_held();
+    flush();
     if (window_->is_idle() || deadline.passed()) { return; }
     window_->wait(ticket, deadline);
   }

@@ -36,21 +36,27 @@ struct RemoteEndpoint {
 /// that is not the known one says that the other has forgotten everything, or is another.
 class Peer : public std::enable_shared_from_this<Peer> {
  public:
-  /// `released` happens when `send_held` has something to do.
-  Peer(const DDS_GUID_t& address, std::unique_ptr<Channel> channel, EventCount& released)
-      : address_(address), channel_(std::move(channel)), window_(RefPtr<Window>::adopt(new Window(released))) {}
+  /// `due` happens when packets may be sent that nobody is about to send.
+  Peer(const DDS_GUID_t& address, std::unique_ptr<Channel> channel, EventCount& due)
+      : address_(address), channel_(std::move(channel)), window_(RefPtr<Window>::adopt(new Window(due))), due_(due) {}
 
   const DDS_GUID_t& address() const { return address_; }
   const RefPtr<Window>& window() const { return window_; }
-  /// Sends a packet that gives back to the window the room that it has there. Never waits: what comes too thick for the
-  /// engine, as only that can which is sent beyond the window, is held back, in order. Thread-safe.
-  void send_admitted(Packet packet) DDS_EXCLUDES(sending_);
-  /// Sends a packet whether there is room in the window or not. Thread-safe.
-  void send(Packet packet) DDS_EXCLUDES(sending_);
-  /// Sends what has been held back and may go now. Thread-safe.
-  void send_held() DDS_EXCLUDES(sending_);
+
+  // A packet is put in line under the locks that give it its place there, and leaves in `flush`, under none: the engine
+  // returns only when all of a packet is on the wire, which nobody should have to wait for. Thread-safe.
+
+  /// Puts a packet in line that gives back to the window the room that it has there.
+  void push_admitted(Packet packet) DDS_EXCLUDES(line_mutex_);
+  /// Puts a packet in line whether there is room in the window or not.
+  void push(Packet packet) DDS_EXCLUDES(line_mutex_);
+  /// Sends what is in line, unless another thread does so. What comes too thick for the engine, as only that can which
+  /// is pushed beyond the window, stays until `due`, and so does what others have added meanwhile beyond a fair share.
+  void flush() DDS_EXCLUDES(line_mutex_);
+  bool has_line() DDS_EXCLUDES(line_mutex_);
   /// Waits until everything has been acknowledged, or for the deadline.
-  void drain(Deadline& deadline) DDS_EXCLUDES(sending_);
+  void drain(Deadline& deadline) DDS_EXCLUDES(line_mutex_);
+
   Inbound& inbound() { return inbound_; }
 
   std::vector<Inbound::Answer> answers;  // due to it; the control thread's
@@ -71,16 +77,20 @@ class Peer : public std::enable_shared_from_this<Peer> {
 
  private:
   friend class Graveyard;
-  void send_what_may_go() DDS_REQUIRES(sending_);
+  Packet begin_flush(std::size_t& share) DDS_EXCLUDES(line_mutex_);
+  Packet go_on(std::size_t& share) DDS_EXCLUDES(line_mutex_);
+  Packet pop_or_end(std::size_t& share) DDS_REQUIRES(line_mutex_);
 
   const DDS_GUID_t address_;
   const std::unique_ptr<Channel> channel_;
   const RefPtr<Window> window_;
   Inbound inbound_;
-  Mutex sending_;
-  PacketQueue held_ DDS_GUARDED_BY(sending_);
-  std::size_t held_cost_ DDS_GUARDED_BY(sending_) = 0;
-  Peer* next_ = nullptr;  // in the graveyard
+  EventCount& due_;
+  Mutex line_mutex_;
+  PacketQueue line_ DDS_GUARDED_BY(line_mutex_);
+  std::size_t line_cost_ DDS_GUARDED_BY(line_mutex_) = 0;
+  bool flushing_ DDS_GUARDED_BY(line_mutex_) = false;  // a thread is about to send, and will look again
+  Peer* next_ = nullptr;                               // in the graveyard
 };
 
 /// Where peers go whose last owner has let go of them: that may be a thread of the engine's, or one that holds locks,

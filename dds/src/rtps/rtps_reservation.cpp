@@ -63,11 +63,15 @@ void RtpsWriter::prepare_reservation(Attempt& attempt) {
     if (shipment.bounded) {
       reservation.places.push_back({peer, hub_.make_frame(prefix)});
     } else {
-      attempt.held.push_back({peer, copy_packet(attempt.packet)});
+      attempt.held.push_back({peer, copy_packet(attempt.packet), shipment.reliable});
     }
   }
   reserve_one(reservations_, reservations_.size());
   reservations_.push_back(&reservation);
+}
+
+void RtpsWriter::flush_places(const Attempt& attempt) {
+  for (const Reservation::Place& place : attempt.reservation.places) { place.peer->flush(); }
 }
 
 RtpsWriter::Step RtpsWriter::reserve_and_write(Attempt& attempt) {
@@ -84,9 +88,11 @@ bool RtpsWriter::find_places(Attempt& attempt) {
   answers.end();
   for (;;) {
     ask_for_places(attempt);
+    flush_places(attempt);
     if (!await_answers(attempt, answers)) { return false; }
     const Peer* full = wait_for_one(attempt);
     if (full == nullptr) { return true; }
+    flush_places(attempt);
     if (!await_place(attempt, *full)) { return false; }
   }
 }
@@ -101,7 +107,7 @@ void RtpsWriter::ask_for_places(Attempt& attempt) {
     place.state = Reservation::State::asked;
     encode_number(to_sequence_number(last_number_ + 1), packet.octets());
     encode_kind(FrameKind::reservation, place.token, packet.octets());
-    place.peer->send(std::move(packet));
+    place.peer->push(std::move(packet));
   }
 }
 
@@ -139,7 +145,7 @@ void RtpsWriter::give_back(Reservation::Place& place) {
   prefix.kind = FrameKind::cancel;
   prefix.identity.writer_guid = guid();
   prefix.token = place.token;
-  place.peer->send(hub_.make_frame(prefix));
+  place.peer->push(hub_.make_frame(prefix));
   place.state = Reservation::State::none;
   place.token = 0;  // an answer that is still on its way does not count
 }
@@ -161,6 +167,13 @@ bool RtpsWriter::await_place(Attempt& attempt, const Peer& peer) {
 
 // Delivers the sample everywhere, or takes it back everywhere.
 RtpsWriter::Step RtpsWriter::settle(Attempt& attempt, bool placed) {
+  push_verdicts(attempt, placed);
+  flush_places(attempt);
+  for (const Attempt::Held& held : attempt.held) { held.peer->flush(); }
+  return placed ? Step::done : Step::timed_out;
+}
+
+void RtpsWriter::push_verdicts(Attempt& attempt, bool placed) {
   Reservation& reservation = attempt.reservation;
   const MutexLock lock(mutex_);
   reservations_.erase(std::find(reservations_.begin(), reservations_.end(), &reservation));
@@ -171,14 +184,18 @@ RtpsWriter::Step RtpsWriter::settle(Attempt& attempt, bool placed) {
     if (!held) { continue; }
     encode_kind(placed ? FrameKind::commit : FrameKind::cancel, place.token, place.verdict.octets());
     if (placed) { encode_number(attempt.assigned.sequence_number, place.verdict.octets()); }
-    place.peer->send(std::move(place.verdict));
+    place.peer->push(std::move(place.verdict));
   }
-  if (!placed) { return Step::timed_out; }
+  if (!placed) { return; }
   for (Attempt::Held& held : attempt.held) {
     encode_number(attempt.assigned.sequence_number, held.packet.octets());
-    held.peer->send(std::move(held.packet));
+    if (held.reliable) {
+      held.peer->push(std::move(held.packet));
+    } else if (held.peer->window()->acquire(held.packet.size(), false)) {
+      held.packet.notify_release(*held.peer->window());
+      held.peer->push_admitted(std::move(held.packet));
+    }
   }
-  return Step::done;
 }
 
 }  // namespace dds::rtps

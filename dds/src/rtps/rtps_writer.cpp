@@ -54,10 +54,18 @@ void RtpsWriter::connect(const RemoteEndpoint& reader, Notifications& notificati
   {
     const MutexLock lock(mutex_);
     reserve_one(shipments_, connected_.size());
-    Routes& routes = is_guid(related) ? by_related_writer_[related] : others_;
-    reserve_one(routes, routes.size());
+    Routes added;
+    added.reserve(1);
     connected_.insert(reader.handle);
-    change(routes, reader, 1);
+    try {
+      Routes& routes =
+          is_guid(related) ? by_related_writer_.try_emplace(related, std::move(added)).first->second : others_;
+      reserve_one(routes, routes.size());
+      change(routes, reader, 1);
+    } catch (const std::bad_alloc&) {
+      connected_.erase(reader.handle);
+      throw;
+    }
     reader_count_.store(connected_.size(), std::memory_order_relaxed);
   }
   try {
@@ -90,7 +98,7 @@ DDS_SampleIdentity_t RtpsWriter::next_identity() { return {guid(), to_sequence_n
 DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadline, DDS_SampleIdentity_t& assigned) {
   const DDS_ReturnCode_t refused = sink_.check_sample(sample);
   if (refused != DDS_RETCODE_OK) { return refused; }
-  Attempt attempt{sample, assigned, deadline, {}, false, {}, 0, {}, {}, {}};
+  Attempt attempt{sample, assigned, deadline, {}, false, {}, 0, {}, {}, {}, {}};
   for (;;) {
     if (!attempt.packet && reader_count_.load(std::memory_order_relaxed) != 0) {
       const DDS_ReturnCode_t serialized = serialize(sample, attempt.packet);
@@ -99,7 +107,10 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
     try {
       Step step = try_write(attempt);
       if (step == Step::reserve) { step = reserve_and_write(attempt); }
-      if (step == Step::done) { return DDS_RETCODE_OK; }
+      if (step == Step::done) {
+        attempt.pushed.flush();
+        return DDS_RETCODE_OK;
+      }
       if (step == Step::timed_out) { return DDS_RETCODE_TIMEOUT; }
       if (step == Step::find_requester) {
         if (!await_requester(sample.params.related_sample_identity.writer_guid, deadline)) {
@@ -230,6 +241,7 @@ bool RtpsWriter::fill_shipments(Attempt& attempt) {
 bool RtpsWriter::windows_are_open(Attempt& attempt) {
   const std::size_t size = attempt.packet.size();
   for (const Shipment& shipment : shipments_) {
+    if (!shipment.reliable) { continue; }
     Window& window = *shipment.peer->window();
     const std::uint32_t ticket = window.ticket();
     if (!window.acquire(size, true)) {
@@ -262,12 +274,15 @@ RtpsWriter::Step RtpsWriter::try_write(Attempt& attempt) {
     return Step::reserve;
   }
   if (!fill_shipments(attempt)) { return Step::again; }
+  for (const Shipment& shipment : shipments_) {
+    if (shipment.packet) { attempt.pushed.add(shipment.peer->shared_from_this()); }
+  }
   // Before a reader has the sample: the answer may come at once.
   attempt.assigned = next_identity();
   for (Shipment& shipment : shipments_) {
     if (!shipment.packet) { continue; }
     encode_number(attempt.assigned.sequence_number, shipment.packet.octets());
-    shipment.peer->send_admitted(std::move(shipment.packet));
+    shipment.peer->push_admitted(std::move(shipment.packet));
   }
   return Step::done;
 }

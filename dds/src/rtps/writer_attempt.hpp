@@ -13,6 +13,25 @@ struct RtpsWriter::Attempt {
   struct Held {
     std::shared_ptr<Peer> peer;
     Packet packet;
+    bool reliable;  // one of the readers is
+  };
+
+  /// The participants for which the write has put packets in line. Seldom more than one, which takes no memory.
+  struct Pushed {
+    /// Throws `std::bad_alloc`.
+    void add(std::shared_ptr<Peer> peer) {
+      if (first == nullptr) {
+        first = std::move(peer);
+      } else {
+        others.push_back(std::move(peer));
+      }
+    }
+    void flush() const {
+      if (first != nullptr) { first->flush(); }
+      for (const std::shared_ptr<Peer>& peer : others) { peer->flush(); }
+    }
+    std::shared_ptr<Peer> first;
+    std::vector<std::shared_ptr<Peer>> others;
   };
 
   /// Of the windows that have been waited for, the last one. Smaller packets are not kept out of it any longer when the
@@ -38,6 +57,7 @@ struct RtpsWriter::Attempt {
   Reservation reservation;
   std::vector<Held> held;
   Waited waited;
+  Pushed pushed;
 };
 
 }  // namespace dds::rtps

@@ -1,23 +1,44 @@
 #include "util/entity_ids.hpp"
 
+#include <pthread.h>
+#include <sys/random.h>
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <new>
-#include <random>
 
 namespace dds {
+
+namespace {
+
+std::atomic<std::uint64_t> process_number{0};
+
+void draw_process_number() { process_number.store(random_number(), std::memory_order_relaxed); }
+
+}  // namespace
+
+std::uint64_t random_number() {
+  std::uint64_t number = 0;
+  while (number == 0) {
+    if (getrandom(&number, sizeof(number), 0) != sizeof(number)) { number = 0; }
+  }
+  return number;
+}
 
 DDS_InstanceHandle_t next_entity_handle() {
   static std::atomic<DDS_InstanceHandle_t> last{DDS_HANDLE_NIL};
   return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
+// A process that branches off is another one, although it has the same memory.
 DDS_GUID_t make_guid(DDS_InstanceHandle_t handle) {
-  static const std::uint64_t process = [] {
-    std::random_device random;
-    return std::uint64_t{random()} << 32 | random();
+  static const int drawn = [] {
+    draw_process_number();
+    return pthread_atfork(nullptr, nullptr, draw_process_number);
   }();
+  static_cast<void>(drawn);
+  const std::uint64_t process = process_number.load(std::memory_order_relaxed);
   DDS_GUID_t guid;
   for (unsigned i = 0; i < 8; ++i) {
     guid.value[i] = static_cast<DDS_Octet>(process >> (8 * i));

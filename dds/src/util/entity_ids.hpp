@@ -11,8 +11,11 @@ namespace dds {
 /// A handle that no other entity of the process has.
 DDS_EXPORT DDS_InstanceHandle_t next_entity_handle();
 
+/// Drawn by the system; never 0.
+DDS_EXPORT std::uint64_t random_number();
+
 /// A GUID for the endpoint with that handle: unique among all processes, since its first half is drawn at random once a
-/// process.
+/// process, also by one that has branched off another.
 DDS_EXPORT DDS_GUID_t make_guid(DDS_InstanceHandle_t handle);
 
 /// A number in the two halves of the API.

@@ -54,6 +54,10 @@ DDS_ReturnCode_t WriterCore::write(MessageKind kind, const void* data, DDS_Write
     DDS_LOG_FAILURE(kWrite, DDS_LOG_UNSUPPORTED_s, "a cookie in the write parameters");
     return DDS_RETCODE_UNSUPPORTED;
   }
+  if (!(params.source_timestamp == DDS_TIME_INVALID) && !is_valid(params.source_timestamp)) {
+    DDS_LOG_FAILURE(kWrite, DDS_LOG_BAD_PARAMETER_s, "a source time-stamp with a second or more of nanoseconds");
+    return DDS_RETCODE_BAD_PARAMETER;
+  }
   Deadline deadline(qos_.reliability.max_blocking_time);
   return endpoint_->write({kind, data, params}, deadline, params.identity);
 }

@@ -1,7 +1,7 @@
 // Writers and readers of keyed strings, made and used as the standard input says:
 //
-//   reader TOPIC LIMIT NO_WRITERS     makes a reader that holds at most LIMIT samples (-1: any number); NO_WRITERS is
-//                                     the value of its property for samples about vanished writers
+//   reader TOPIC LIMIT NO_WRITERS [1] makes a reader that holds at most LIMIT samples (-1: any number); NO_WRITERS is
+//                                     the value of its property for samples about vanished writers; 1: best effort
 //   writer TOPIC MILLISECONDS         makes a writer that waits for room so long (-1: for ever)
 //   readers TOPIC COUNT               waits until the writer is matched with so many
 //   writers TOPIC COUNT               waits until the reader is
@@ -74,7 +74,7 @@ class Endpoints {
     std::vector<int> numbers;
     for (int number = 0; words >> number;) { numbers.push_back(number); }
     numbers.resize(3);
-    if (order == "reader") { make_reader(topic, numbers[0], numbers[1] != 0); }
+    if (order == "reader") { make_reader(topic, numbers[0], numbers[1] != 0, numbers[2] != 0); }
     if (order == "writer") { make_writer(topic, numbers[0]); }
     if (order == "readers") { await_readers(writers_.at(topic), numbers[0]); }
     if (order == "writers") { await_writers(readers_.at(topic), numbers[0]); }
@@ -96,9 +96,9 @@ class Endpoints {
                             : participant_->create_topic(name.c_str(), DDSKeyedStringTypeSupport::get_type_name(),
                                                          DDS_TOPIC_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE);
   }
-  void make_reader(const std::string& name, int limit, bool no_writers) {
+  void make_reader(const std::string& name, int limit, bool no_writers, bool best_effort) {
     DDS_DataReaderQos qos;
-    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+    qos.reliability.kind = best_effort ? DDS_BEST_EFFORT_RELIABILITY_QOS : DDS_RELIABLE_RELIABILITY_QOS;
     qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
     qos.resource_limits.max_samples = limit;
     check(DDSPropertyQosPolicyHelper::add_property(qos.property,
