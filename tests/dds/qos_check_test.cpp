@@ -138,10 +138,16 @@ TEST_F(QosCheck, KnowsOneTransport) {
     EXPECT_EQ(dds::check(with_transport(value), "Context"), DDS_RETCODE_UNSUPPORTED);
     EXPECT_NE(log_.take_text().find("\"dds.transport\""), std::string::npos);
   }
-  DDS_DomainParticipantQos other;
-  ASSERT_EQ(DDSPropertyQosPolicyHelper::add_property(other.property, "application.property", "x", false),
-            DDS_RETCODE_OK);
-  expect_accepted(other);
+  const auto add = [](DDS_DomainParticipantQos qos, const char* name) {
+    EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, name, "x", false), DDS_RETCODE_OK);
+    return qos;
+  };
+  expect_accepted(add({}, "application.property"));
+  // Whoever has forgotten to ask for the transport is told so.
+  for (const DDS_DomainParticipantQos& qos : {DDS_DomainParticipantQos(), with_transport("in_process")}) {
+    EXPECT_EQ(dds::check(add(qos, "dds.transport.rtps.interface"), "Context"), DDS_RETCODE_UNSUPPORTED);
+    EXPECT_NE(log_.take_text().find("not \"rtps\""), std::string::npos);
+  }
 }
 
 TEST_F(QosCheck, OnlyAReliableReaderOfABestEffortWriterDoesNotMatch) {

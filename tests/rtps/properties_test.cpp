@@ -67,6 +67,12 @@ TEST(RtpsProperties, WhatMeansNothingIsRefusedByName) {
     EXPECT_FALSE(read({setting}, config, error)) << setting.first << " " << setting.second;
     EXPECT_NE(error.find(setting.first), std::string::npos) << error;
   }
+  {
+    EngineConfig config;
+    std::string error;
+    EXPECT_FALSE(read({refused[6]}, config, error));
+    EXPECT_EQ(error, "property \"dds.transport.rtps.lease_milliseconds\" = \"99\": 100 to 3600000");
+  }
   EngineConfig config;
   std::string error;
   EXPECT_FALSE(read({}, config, error, 231));

@@ -5,12 +5,12 @@
 class DDSDataReader;
 class DDSDataWriter;
 
-/// Called when a status of a reader changes, on the thread that caused the change (in one process: the writing or
-/// creating thread), under no lock. The calls for one reader never overlap: a change that happens meanwhile is told
-/// when the running call returns, by the same thread, and changes that pile up are told once. A listener may write,
-/// read, take and wait; it may not delete its own reader. It must not throw: an exception that leaves it is logged and
-/// dropped. The application owns the listener and keeps it alive until the reader is deleted or `set_listener` has
-/// replaced it.
+/// Called when a status of a reader changes, under no lock: in one process on the thread that caused the change, which
+/// writes or creates; with the transport "rtps" on a thread of the participant's. The calls for one reader never
+/// overlap: a change that happens meanwhile is told when the running call returns, by the same thread, and changes that
+/// pile up are told once. A listener may write, read, take and wait; it may not delete its own reader. It must not
+/// throw: an exception that leaves it is logged and dropped. The application owns the listener and keeps it alive until
+/// the reader is deleted or `set_listener` has replaced it.
 class DDS_EXPORT DDSDataReaderListener {
  public:
   virtual ~DDSDataReaderListener();

@@ -97,13 +97,15 @@ using DDS_PropertySeq = DDSSequence<DDS_Property_t>;
 ///   participant "dds.transport": "in_process" (the default) or "rtps", which carries samples between processes and
 ///   hosts; anything else is refused. The properties of "rtps", all optional:
 ///     "dds.transport.rtps.interface": name or address of the network interface; the default is the loopback interface,
-///     with which nothing leaves the host. "dds.transport.rtps.peers": addresses, separated by commas, at which
-///     participants are looked for besides. "dds.transport.rtps.multicast": "0" does without multicast, "1" (the
-///     default) discovers by it. "dds.transport.rtps.lease_milliseconds": silence after which another participant is
-///     taken for dead, 100 to 3600000, "2000" by default. "dds.transport.rtps.max_message_size",
+///     with which nothing leaves the host. Participants meet only those that use the same one.
+///     "dds.transport.rtps.peers": addresses, separated by commas, at which participants are looked for besides.
+///     "dds.transport.rtps.multicast": "0" does without multicast, "1" (the default) discovers by it; all that are to
+///     meet have the same value. "dds.transport.rtps.lease_milliseconds": silence after which the others take this
+///     participant for dead, 100 to 3600000, "2000" by default. "dds.transport.rtps.max_message_size",
 ///     "dds.transport.rtps.receive_buffer_size", "dds.transport.rtps.send_buffer_size": octets of a message (1500 to
-///     65500, the default) and of the sockets' buffers (4 MiB and 1 MiB). "dds.sec.…": the engine's security, as it
-///     stands. Any other property that begins with "dds.transport." is refused.
+///     65500, the default) and of the sockets' buffers (64 KiB to 1 GiB; 4 MiB and 1 MiB by default, less where the
+///     system gives less). "dds.sec.…": the engine's security, as it stands. Any other property that begins with
+///     "dds.transport." is refused, and without "rtps" all of them are.
 ///   reader "dds.data_reader.history.generate_not_alive_no_writers_sample": "0" keeps the end of an instance's last
 ///   writer from leaving a sample without valid data; the default is "1".
 /// Others are carried along and mean nothing here.

@@ -120,6 +120,15 @@ DDS_ReturnCode_t check(const DDS_DomainParticipantQos& qos, const char* context)
       transport != nullptr && (transport->value == nullptr || (std::strcmp(transport->value, "in_process") != 0 &&
                                                                std::strcmp(transport->value, "rtps") != 0)),
       "property \"dds.transport\": neither \"in_process\" nor \"rtps\"");
+  // Each transport looks at its own. Whoever sets one of them means that transport.
+  constexpr char of_transport[] = "dds.transport.";
+  const bool in_process =
+      transport == nullptr || (transport->value != nullptr && std::strcmp(transport->value, "in_process") == 0);
+  for (int i = 0; in_process && i < qos.property.value.length(); ++i) {
+    const char* const name = qos.property.value[i].name;
+    verdict.unsupported_if(name != nullptr && std::strncmp(name, of_transport, sizeof(of_transport) - 1) == 0,
+                           "property \"dds.transport\": not \"rtps\", and \"in_process\" has no properties");
+  }
   return verdict.code();
 }
 

@@ -15,6 +15,7 @@
 
 #include "rtps/handover.hpp"
 #include "rtps/packet_memory.hpp"
+#include "rtps/process_limits.hpp"
 #include "rtps/sockets.hpp"
 
 namespace dds::rtps {
@@ -420,14 +421,21 @@ namespace {
 bool open_domain(std::uint32_t instance, const EngineConfig& wanted, dds_entity_t& domain, std::string& error) {
   // Not a size that anybody else would ask for: it tells the engine's sockets from others.
   constexpr std::uint32_t oddity = 4321;
+  constexpr std::size_t kMostFilesAtStart = 12;
+  constexpr std::size_t kMostThreadsAtStart = 8;
   static std::mutex one_at_a_time;
   const std::lock_guard<std::mutex> lock(one_at_a_time);
   EngineConfig config = wanted;
   config.receive_buffer_size = possible_receive_buffer(wanted.receive_buffer_size) - oddity;
+  // Without these the engine does not come back.
+  if (!can_open_files(kMostFilesAtStart) || !can_start_threads(kMostThreadsAtStart)) {
+    error = "the process cannot have the files and threads that a participant needs";
+    return false;
+  }
   const SocketWatch watch;
   domain = dds_create_domain(instance, configuration(config).c_str());
   if (domain < 0) {
-    error = std::string("the engine refuses its configuration: ") + reason(domain);
+    error = std::string("the engine does not start: ") + reason(domain);
     return false;
   }
   return watch.adopt(config.interface_name.empty() ? "lo" : nullptr, config.receive_buffer_size, error);

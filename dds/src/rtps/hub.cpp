@@ -22,12 +22,13 @@ void erase(std::vector<Element*>& elements, const Element* element) {
 /// Why two ends do not match; no policy when they do.
 struct Mismatch {
   DDS_QosPolicyId_t policy = DDS_INVALID_QOS_POLICY_ID;
-  const char* reason = nullptr;  // a static text
+  std::string reason;
 };
 
 Mismatch compare(const Endpoint& writer, const Endpoint& reader) {
   if (writer.type_name != reader.type_name) {
-    return {DDS_TYPE_CONSISTENCY_ENFORCEMENT_QOS_POLICY_ID, "their types have different names"};
+    return {DDS_TYPE_CONSISTENCY_ENFORCEMENT_QOS_POLICY_ID,
+            "their types have different names, \"" + writer.type_name + "\" and \"" + reader.type_name + "\""};
   }
   if (reader.reliable && !writer.reliable) {
     return {DDS_RELIABILITY_QOS_POLICY_ID, DDS_QosPolicyId_get_name(DDS_RELIABILITY_QOS_POLICY_ID)};

@@ -185,7 +185,7 @@ class Hub final : public EngineEvents, public SpaceListener {
 struct Hub::Told {
   explicit Told(Hub& hub) : listeners(hub.listeners_), notifications(hub.listeners_) {}
   /// Logs why two ends of a topic do not match.
-  void mismatch(const std::string& topic_name, const char* reason) {
+  void mismatch(const std::string& topic_name, const std::string& reason) {
     listeners.log("match", "writer and reader of topic \"" + topic_name + "\" do not match: " + reason);
   }
   ListenerThreads& listeners;

@@ -1,6 +1,8 @@
 #include "rtps/properties.hpp"
 
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <string_view>
 
 namespace dds::rtps {
@@ -37,29 +39,59 @@ bool read_peers(std::string_view text, std::vector<std::string>& peers) {
   return true;
 }
 
-bool read_own(std::string_view name, std::string_view value, EngineConfig& config) {
-  constexpr std::uint32_t most_buffer = 1u << 30;
-  if (name == "interface") {
-    // The loopback interface by any of its names is the default.
-    config.interface_name = value == "lo" || value == "127.0.0.1" ? std::string_view() : value;
-    return !value.empty();
-  }
-  if (name == "peers") { return read_peers(value, config.peers); }
-  if (name == "multicast") {
-    config.multicast = value == "1";
-    return value == "0" || value == "1";
-  }
-  if (name == "lease_milliseconds") {
-    return read_number<std::int64_t>(value, 100, 3600000, config.lease_milliseconds);
-  }
-  if (name == "max_message_size") { return read_number<std::uint32_t>(value, 1500, 65500, config.max_message_size); }
-  if (name == "receive_buffer_size") {
-    return read_number<std::uint32_t>(value, 65536, most_buffer, config.receive_buffer_size);
-  }
-  if (name == "send_buffer_size") {
-    return read_number<std::uint32_t>(value, 65536, most_buffer, config.send_buffer_size);
-  }
-  return false;
+constexpr std::uint32_t kLeastBuffer = 65536;
+constexpr std::uint32_t kMostBuffer = 1u << 30;
+
+/// A property, and what it takes.
+struct Own {
+  std::string_view name;
+  bool (*read)(std::string_view value, EngineConfig& config);
+  const char* expected;
+};
+constexpr Own kOwnProperties[] = {
+    {"interface",
+     [](std::string_view value, EngineConfig& config) {
+       // The loopback interface by any of its names is the default.
+       config.interface_name = value == "lo" || value == "127.0.0.1" ? std::string_view() : value;
+       return !value.empty();
+     },
+     "a name or an address"},
+    {"peers", [](std::string_view value, EngineConfig& config) { return read_peers(value, config.peers); },
+     "addresses, separated by commas alone"},
+    {"multicast",
+     [](std::string_view value, EngineConfig& config) {
+       config.multicast = value == "1";
+       return value == "0" || value == "1";
+     },
+     "0 or 1"},
+    {"lease_milliseconds",
+     [](std::string_view value, EngineConfig& config) {
+       return read_number<std::int64_t>(value, 100, 3600000, config.lease_milliseconds);
+     },
+     "100 to 3600000"},
+    {"max_message_size",
+     [](std::string_view value, EngineConfig& config) {
+       return read_number<std::uint32_t>(value, 1500, 65500, config.max_message_size);
+     },
+     "1500 to 65500"},
+    {"receive_buffer_size",
+     [](std::string_view value, EngineConfig& config) {
+       return read_number(value, kLeastBuffer, kMostBuffer, config.receive_buffer_size);
+     },
+     "65536 to 1073741824"},
+    {"send_buffer_size",
+     [](std::string_view value, EngineConfig& config) {
+       return read_number(value, kLeastBuffer, kMostBuffer, config.send_buffer_size);
+     },
+     "65536 to 1073741824"}};
+
+// What is wrong with it; null when nothing is.
+const char* read_own(std::string_view name, std::string_view value, EngineConfig& config) {
+  if (!starts_with(name, kOwn)) { return "there is no such property"; }
+  const auto known = std::find_if(std::begin(kOwnProperties), std::end(kOwnProperties),
+                                  [&](const Own& own) { return own.name == name.substr(kOwn.size()); });
+  if (known == std::end(kOwnProperties)) { return "there is no such property"; }
+  return known->read(value, config) ? nullptr : known->expected;
 }
 
 }  // namespace
@@ -78,8 +110,8 @@ bool read_properties(DDS_DomainId_t domain, const DDS_PropertyQosPolicy& propert
     const std::string_view value = property.value == nullptr ? "" : property.value;
     if (starts_with(name, kSecurity)) { config.security.emplace_back(name, value); }
     if (name == kAll || !starts_with(name, kAll)) { continue; }
-    if (!starts_with(name, kOwn) || !read_own(name.substr(kOwn.size()), value, config)) {
-      error = "property \"" + std::string(name) + "\" = \"" + std::string(value) + "\"";
+    if (const char* const fault = read_own(name, value, config)) {
+      error = "property \"" + std::string(name) + "\" = \"" + std::string(value) + "\": " + fault;
       return false;
     }
   }

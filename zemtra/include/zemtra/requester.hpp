@@ -53,8 +53,8 @@ class Requester {
   /// Sends a request and returns the data of the first reply; `TimeoutException` when none has come by then. Whatever
   /// else is replied to the request is thrown away. The time-out is that of the wait for the reply: it begins when the
   /// request has been written, which a full replier may delay by the writer's maximum blocking time, and which in one
-  /// process includes the replier's handler, if it has one. In the steady state this allocates no more than a copy of
-  /// the reply does.
+  /// process includes the replier's handler, if it has one. It is all that ends the wait: a replier that dies does not.
+  /// In the steady state this allocates no more than a copy of the reply does.
   typename ReplyTraits::Value call(const TReq& request, const Duration& timeout) {
     const details::AbandonedAtEnd sent(*core_, send_request(request));
     const Replies reply = all(core_->first_reply(sent.request, timeout));
