@@ -16,7 +16,7 @@ class EngineChannel final : public Channel {
   /// `listeners` logs what goes wrong.
   EngineChannel(std::unique_ptr<EngineWriter> writer, ListenerThreads& listeners)
       : writer_(std::move(writer)), listeners_(listeners) {}
-  void send(Packet packet) override;
+  void send(Packet packet) noexcept override;
 
  private:
   const std::unique_ptr<EngineWriter> writer_;
@@ -28,7 +28,7 @@ class LoopbackChannel final : public Channel {
  public:
   /// `arrived` tells that there is something to receive.
   explicit LoopbackChannel(EventCount& arrived) : arrived_(arrived) {}
-  void send(Packet packet) override DDS_EXCLUDES(mutex_);
+  void send(Packet packet) noexcept override DDS_EXCLUDES(mutex_);
   /// What has been sent since the last call.
   PacketQueue receive() DDS_EXCLUDES(mutex_);
 

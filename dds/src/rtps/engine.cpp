@@ -15,7 +15,6 @@
 
 #include "rtps/handover.hpp"
 #include "rtps/packet_memory.hpp"
-#include "rtps/process_limits.hpp"
 #include "rtps/sockets.hpp"
 
 namespace dds::rtps {
@@ -422,14 +421,13 @@ bool open_domain(std::uint32_t instance, const EngineConfig& wanted, dds_entity_
   // Not a size that anybody else would ask for: it tells the engine's sockets from others.
   constexpr std::uint32_t oddity = 4321;
   constexpr std::size_t kMostFilesAtStart = 12;
-  constexpr std::size_t kMostThreadsAtStart = 8;
   static std::mutex one_at_a_time;
   const std::lock_guard<std::mutex> lock(one_at_a_time);
   EngineConfig config = wanted;
   config.receive_buffer_size = possible_receive_buffer(wanted.receive_buffer_size) - oddity;
-  // Without these the engine does not come back.
-  if (!can_open_files(kMostFilesAtStart) || !can_start_threads(kMostThreadsAtStart)) {
-    error = "the process cannot have the files and threads that a participant needs";
+  // The engine does not come back from having too few.
+  if (!can_open(kMostFilesAtStart)) {
+    error = "the process may not open as many files as a participant needs";
     return false;
   }
   const SocketWatch watch;

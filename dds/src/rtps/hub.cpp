@@ -67,6 +67,7 @@ Hub::~Hub() {
   ending_.store(true, std::memory_order_release);
   call_control();
   if (control_thread_.joinable()) { control_thread_.join(); }
+  flushed_.clear();
   {
     const MutexLock lock(bindings_mutex_);
     bindings_.clear();

@@ -73,7 +73,7 @@ class Hub final : public EngineEvents, public SpaceListener {
   };
   /// News for the control thread.
   struct News {
-    enum class Kind { presence, lost, hello } kind;
+    enum class Kind { presence, unread_presence, lost, hello } kind;
     std::uint64_t writer = 0;
     Presence presence;
   };
@@ -112,7 +112,7 @@ class Hub final : public EngineEvents, public SpaceListener {
       DDS_EXCLUDES(mutex_, bindings_mutex_, inbox_mutex_);
   std::shared_ptr<Peer> sender(std::uint64_t writer) DDS_EXCLUDES(bindings_mutex_);
   void count_malformed(const char* what) noexcept;
-  void miss(Peer& peer, FrameKind kind) DDS_EXCLUDES(mutex_);
+  bool bind(std::uint64_t writer, const std::shared_ptr<Peer>& peer) DDS_REQUIRES(mutex_) DDS_EXCLUDES(bindings_mutex_);
   void log(const char* context, const char* text) noexcept;
 
   // The control thread: hub_control.cpp
@@ -136,6 +136,7 @@ class Hub final : public EngineEvents, public SpaceListener {
   std::vector<Presence::Topic> own_topics() DDS_REQUIRES(mutex_);
   void lose(std::uint64_t writer) DDS_EXCLUDES(mutex_, bindings_mutex_);
   void restart(Peer& peer, Told& told) DDS_REQUIRES(mutex_);
+  void begin_anew(Peer& peer) DDS_EXCLUDES(mutex_);
   /// Says what is due to the peers; when the next is, on the monotonic clock.
   std::int64_t greet() DDS_EXCLUDES(mutex_);
   void open_way(const std::shared_ptr<Peer>& peer, Told& told) DDS_REQUIRES(mutex_);

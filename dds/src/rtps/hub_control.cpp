@@ -53,9 +53,7 @@ void Hub::on_presence(std::uint64_t writer, const unsigned char* octets, std::si
       count_malformed("what a participant says of itself");
       return;
     }
-  } catch (const std::bad_alloc&) {
-    news = {News::Kind::hello, 0, {news.presence.address, {}}};  // of interest or not: it is met
-  }
+  } catch (const std::bad_alloc&) { news = {News::Kind::unread_presence, writer, {news.presence.address, {}}}; }
   add_news(std::move(news));
 }
 
@@ -72,34 +70,40 @@ void Hub::control() {
   for (;;) {
     const std::uint32_t ticket = control_event_.ticket();
     if (ending_.load(std::memory_order_acquire)) { return; }
-    std::int64_t next = 0;
-    const std::uint32_t asked = asked_.exchange(0, std::memory_order_acquire);
-    try {
-      next = control_once(asked);
-    } catch (const std::bad_alloc&) {
-      log("discovery", "out of memory");
-      asked_.fetch_or(asked, std::memory_order_relaxed);
-      next = now() + 100 * kMillisecond;
-    }
+    const std::int64_t next = control_once(asked_.exchange(0, std::memory_order_acquire));
     const std::int64_t pause = std::max<std::int64_t>(next - now(), 0);
     Deadline deadline({static_cast<std::int32_t>(pause / 1000000000), static_cast<std::uint32_t>(pause % 1000000000)});
     control_event_.wait(ticket, deadline);
   }
 }
 
+// What finds no memory is done again, and keeps nothing else from being done.
 std::int64_t Hub::control_once(std::uint32_t asked) {
+  std::int64_t next = now() + 3600000 * kMillisecond;
+  const auto attempt = [&](auto step) {
+    try {
+      step();
+      return true;
+    } catch (const std::bad_alloc&) {
+      log("discovery", "out of memory");
+      next = std::min(next, now() + 100 * kMillisecond);
+      return false;
+    }
+  };
   graveyard_.empty();
-  receive_loopback();
-  if ((asked & kPresence) != 0) { publish_presence(); }
-  read_news();
-  if ((asked & kPlaces) != 0) { find_places(); }
-  const std::int64_t next = greet();
-  flush();
+  attempt([&] { receive_loopback(); });
+  if ((asked & kPresence) != 0 && attempt([&] { publish_presence(); })) { asked &= ~kPresence; }
+  attempt([&] { read_news(); });
+  if ((asked & kPlaces) != 0 && attempt([&] { find_places(); })) { asked &= ~kPlaces; }
+  attempt([&] { next = std::min(next, greet()); });
+  attempt([&] { flush(); });
+  asked_.fetch_or(asked, std::memory_order_relaxed);
   return next;
 }
 
 // What has been put in line under the hub's lock, and what could not go before.
 void Hub::flush() {
+  flushed_.clear();
   {
     const MutexLock lock(mutex_);
     for (const auto& known : peers_) {
@@ -144,12 +148,13 @@ void Hub::publish_presence() {
     presence.topics = own_topics();
   }
   const std::vector<unsigned char> octets = encode(presence);
-  if (octets == last_presence_) { return; }
-  Packet packet = make_packet(octets.size());
-  if (!packet) { throw std::bad_alloc(); }
-  std::copy(octets.begin(), octets.end(), packet.octets());
-  if (!engine_->publish_presence(std::move(packet))) { log("discovery", "the engine does not take a message"); }
-  last_presence_ = octets;
+  if (octets != last_presence_) {
+    Packet packet = make_packet(octets.size());
+    if (!packet) { throw std::bad_alloc(); }
+    std::copy(octets.begin(), octets.end(), packet.octets());
+    if (!engine_->publish_presence(std::move(packet))) { log("discovery", "the engine does not take a message"); }
+    last_presence_ = octets;
+  }
   meet_interesting();
 }
 
@@ -175,6 +180,14 @@ void Hub::read_news() {
         if (!is_new && DDS_GUID_equals(&known->second.address, &news.presence.address)) {
           known->second = news.presence;
         }
+        break;
+      }
+      case News::Kind::unread_presence: {  // of interest or not
+        {
+          const MutexLock lock(mutex_);
+          presences_.try_emplace(news.writer, news.presence);
+        }
+        meet(news.presence.address, 0);
         break;
       }
       case News::Kind::lost:
@@ -269,6 +282,21 @@ void Hub::restart(Peer& peer, Told& told) {
   peer.told_session = 0;
   peer.hellos = 0;
   peer.hello_due = true;
+}
+
+// After something has been missed about which the two would disagree for ever. If neither hears the other, they are
+// about to begin anew already. Whatever was missed may be again, so there is no hurry.
+void Hub::begin_anew(Peer& peer) {
+  log("receive", "out of memory: a message is lost");
+  {
+    Told told(*this);
+    const MutexLock lock(mutex_);
+    if (peer.gone || !(peer.open || peer.heard)) { return; }
+    restart(peer, told);
+    peer.hello_due = false;
+    peer.next_hello = now() + 100 * kMillisecond;
+  }
+  call_control();
 }
 
 // The other hears us: from here on everything arrives. It learns of our endpoints before anything of them comes.

@@ -26,22 +26,10 @@ void Hub::on_packet(std::uint64_t writer, const unsigned char* octets, std::size
     } else if (const std::shared_ptr<Peer> peer = sender(writer)) {
       try {
         receive(peer, prefix, payload);
-      } catch (const std::bad_alloc&) { miss(*peer, prefix.kind); }
+      } catch (const std::bad_alloc&) { begin_anew(*peer); }
     }
     // Otherwise it was sent to one who has been forgotten.
   } catch (const std::bad_alloc&) { log("receive", "out of memory: a greeting is lost"); }  // there will be another
-}
-
-// Exhausted memory costs a sample. Of anything else the two would disagree for ever, so that they begin anew.
-void Hub::miss(Peer& peer, FrameKind kind) {
-  log("receive", "out of memory: a message is lost");
-  if (kind == FrameKind::sample) { return; }
-  {
-    Told told(*this);
-    const MutexLock lock(mutex_);
-    if (!peer.gone) { restart(peer, told); }
-  }
-  call_control();
 }
 
 void Hub::receive(const std::shared_ptr<Peer>& peer, const Prefix& prefix, Octets payload) {
@@ -64,6 +52,9 @@ void Hub::receive(const std::shared_ptr<Peer>& peer, const Prefix& prefix, Octet
           break;
         case Outcome::unknown_writer:
           count_malformed("a sample of a writer that nobody has spoken of");
+          break;
+        case Outcome::no_memory:
+          log("receive", "out of memory: a sample is lost");
           break;
       }
   }
@@ -129,18 +120,23 @@ bool Hub::receive_hello(std::uint64_t writer, const Prefix& prefix, Octets paylo
     peer.heard = hello.heard == peer.session;
     // It has forgotten, or never known, what was told in this session.
     if (peer.open && (anew || !peer.heard)) { restart(peer, told); }
-    // What it says counts from when it has heard us: before, it may be what was meant for an earlier session.
-    const MutexLock bindings(bindings_mutex_);
-    if (peer.inbound_writer != writer || !peer.heard) { bindings_.erase(peer.inbound_writer); }
-    peer.inbound_writer = writer;
-    if (peer.heard) {
-      try {
-        bindings_[writer] = found->second;
-      } catch (const std::bad_alloc&) { restart(peer, told); }
-    }
+    if (!bind(writer, found->second)) { restart(peer, told); }
     peer.hello_due = peer.hello_due || anew || !peer.heard || !peer.open;
   }
   call_control();
+  return true;
+}
+
+// What it says counts from when it has heard us: before, it may be what was meant for an earlier session. False when
+// memory is exhausted.
+bool Hub::bind(std::uint64_t writer, const std::shared_ptr<Peer>& peer) {
+  const MutexLock lock(bindings_mutex_);
+  if (peer->inbound_writer != writer || !peer->heard) { bindings_.erase(peer->inbound_writer); }
+  peer->inbound_writer = writer;
+  if (!peer->heard) { return true; }
+  try {
+    bindings_[writer] = peer;
+  } catch (const std::bad_alloc&) { return false; }
   return true;
 }
 

@@ -91,19 +91,22 @@ void Inbound::disconnect(RtpsReader& reader, Notifications& notifications) {
   }
 }
 
-RefPtr<Message> Inbound::make_message(Writer& writer, const Prefix& prefix, Octets payload) {
-  if (!is_valid(prefix.source_time)) { return RefPtr<Message>(); }
-  RefPtr<Message> message = writer.pool->acquire();
-  if (message.get() == nullptr) { throw std::bad_alloc(); }
-  if (!writer.type->deserialize(message->sample(), payload.data, payload.size)) { return RefPtr<Message>(); }
-  if (writer.type->key != nullptr) { read_key(*writer.type, message->sample(), message->key); }
+Inbound::Outcome Inbound::make_message(Writer& writer, const Prefix& prefix, Octets payload, RefPtr<Message>& message) {
+  if (!is_valid(prefix.source_time)) { return Outcome::malformed; }
+  try {
+    RefPtr<Message> made = writer.pool->acquire();
+    if (made.get() == nullptr) { return Outcome::no_memory; }
+    if (!writer.type->deserialize(made->sample(), payload.data, payload.size)) { return Outcome::malformed; }
+    if (writer.type->key != nullptr) { read_key(*writer.type, made->sample(), made->key); }
+    message = std::move(made);
+  } catch (const std::bad_alloc&) { return Outcome::no_memory; }
   message->kind = static_cast<MessageKind>(prefix.message_kind);
   message->identity = prefix.identity;
   message->related_identity = prefix.related_identity;
   message->source_time = prefix.source_time;
   message->arrival_time = current_time();
   message->publication_handle = writer.handle;
-  return message;
+  return Outcome::taken;
 }
 
 Inbound::Outcome Inbound::deliver(const Prefix& prefix, Octets payload, Notifications& notifications) {
@@ -111,15 +114,13 @@ Inbound::Outcome Inbound::deliver(const Prefix& prefix, Octets payload, Notifica
   Writer* writer = find(prefix.identity.writer_guid);
   if (writer == nullptr) { return Outcome::unknown_writer; }
   if (writer->routes.empty()) { return Outcome::taken; }
-  RefPtr<Message> message = make_message(*writer, prefix, payload);
-  if (message.get() == nullptr) { return Outcome::malformed; }
+  RefPtr<Message> message;
+  const Outcome made = make_message(*writer, prefix, payload, message);
+  if (made != Outcome::taken) { return made; }
   RouteTable::Blocked blocked;
-  switch (writer->routes.deliver(message, blocked, notifications)) {
-    case Admission::no_memory:
-      throw std::bad_alloc();
-    default:  // none of these readers is ever full
-      return Outcome::taken;
-  }
+  // None of these readers is ever full.
+  const Admission admission = writer->routes.deliver(message, blocked, notifications);
+  return admission == Admission::no_memory ? Outcome::no_memory : Outcome::taken;
 }
 
 Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
@@ -131,9 +132,7 @@ Inbound::Outcome Inbound::park(const Prefix& prefix, Octets payload) {
   Parked parked;
   parked.token = prefix.token;
   if (!writer->routes.empty() || !writer->bounded.empty()) {
-    parked.message = make_message(*writer, prefix, payload);
-    // It is parked all the same, as one that nobody takes: its writer is not to wait for it.
-    if (parked.message.get() == nullptr) { outcome = Outcome::malformed; }
+    outcome = make_message(*writer, prefix, payload, parked.message);
   }
   reserve_one(waiting_, waiting_.size());
   reserve_one(writer->parked, writer->parked.size());

@@ -16,7 +16,8 @@ class RtpsReader;
 /// the engine's receiving thread, readers come and go on any; the inbound's lock keeps them apart.
 class Inbound {
  public:
-  enum class Outcome { taken, malformed, unknown_writer };
+  /// `no_memory` costs the sample.
+  enum class Outcome { taken, malformed, unknown_writer, no_memory };
 
   /// Throws `std::bad_alloc`.
   void add_writer(const DDS_GUID_t& writer, DDS_InstanceHandle_t handle, PublicationData data, bool reliable)
@@ -30,10 +31,12 @@ class Inbound {
   /// Afterwards nothing comes to the reader from this participant.
   void disconnect(RtpsReader& reader, Notifications& notifications) DDS_EXCLUDES(mutex_);
 
-  // What comes in. Throw `std::bad_alloc`, having changed nothing.
+  // What comes in.
 
   Outcome deliver(const Prefix& prefix, Octets payload, Notifications& notifications) DDS_EXCLUDES(mutex_);
-  /// Keeps a sample until `try_reservations` has found a place for it, and `commit` or `cancel` comes.
+  /// Keeps a sample until `try_reservations` has found a place for it, and `commit` or `cancel` comes. One that is not
+  /// `taken` is kept as one that nobody wants: its writer is not to wait for it. Throws `std::bad_alloc`, having
+  /// changed nothing.
   Outcome park(const Prefix& prefix, Octets payload) DDS_EXCLUDES(mutex_);
   Outcome commit(const Prefix& prefix, Notifications& notifications) DDS_EXCLUDES(mutex_);
   Outcome cancel(const Prefix& prefix) DDS_EXCLUDES(mutex_);
@@ -81,8 +84,8 @@ class Inbound {
 
   Writer* find(const DDS_GUID_t& writer) DDS_REQUIRES(mutex_);
   static std::vector<Parked>::iterator find_parked(Writer& writer, std::uint64_t token);
-  /// A message of what has come; null when it does not decode.
-  static RefPtr<Message> make_message(Writer& writer, const Prefix& prefix, Octets payload);
+  /// A message of what has come.
+  static Outcome make_message(Writer& writer, const Prefix& prefix, Octets payload, RefPtr<Message>& message);
   static void drop(Writer& writer, Notifications& notifications);
   static void cancel(Parked& parked);
   static ReaderCore::Admission place(const Writer& writer, Parked& parked);

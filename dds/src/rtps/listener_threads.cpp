@@ -41,15 +41,14 @@ ListenerThreads::ListenerThreads() : registration_(*this) {
   start_thread();
 }
 
+// There are no new workers any more when they are waited for.
 ListenerThreads::~ListenerThreads() {
-  std::vector<std::thread> threads;
   {
     const MutexLock lock(mutex_);
     ending_ = true;
-    for (Worker& worker : workers_) { threads.push_back(std::move(worker.thread)); }
   }
   event_.notify();
-  for (std::thread& thread : threads) { thread.join(); }
+  for (Worker& worker : workers_) { worker.thread.join(); }
 }
 
 void ListenerThreads::start_thread() {

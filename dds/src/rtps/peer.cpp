@@ -1,7 +1,5 @@
 #include "rtps/peer.hpp"
 
-#include <algorithm>
-
 namespace dds::rtps {
 
 void Peer::push_admitted(Packet packet) {
@@ -38,15 +36,18 @@ Packet Peer::go_on(std::size_t& share) {
 }
 
 Packet Peer::pop_or_end(std::size_t& share) {
-  if (!line_.empty() && share != 0 && window_->may_go(line_cost_)) {
+  if (!line_.empty() && window_->may_go(line_cost_)) {
     Packet packet = line_.pop_front();
     const std::size_t cost = Window::cost_of(packet.size());
-    line_cost_ -= cost;
-    share -= std::min(share, cost);
-    return packet;
+    if (cost <= share) {
+      line_cost_ -= cost;
+      share -= cost;
+      return packet;
+    }
+    line_.push_front(std::move(packet));
+    due_.notify();
   }
   flushing_ = false;
-  if (!line_.empty() && share == 0) { due_.notify(); }
   return Packet();
 }
 

@@ -17,7 +17,7 @@ class Channel {
  public:
   virtual ~Channel() = default;
   /// One at a time. Does not wait, as long as no more is on its way than the engine takes.
-  virtual void send(Packet packet) = 0;
+  virtual void send(Packet packet) noexcept = 0;
 };
 
 /// An endpoint of another participant. The hub's lock guards it.

@@ -75,12 +75,14 @@ void RtpsWriter::flush_places(const Attempt& attempt) {
 }
 
 RtpsWriter::Step RtpsWriter::reserve_and_write(Attempt& attempt) {
+  bool placed = false;
   try {
-    return settle(attempt, find_places(attempt));
+    placed = find_places(attempt);
   } catch (const std::bad_alloc&) {
     settle(attempt, false);
     throw;
   }
+  return settle(attempt, placed);
 }
 
 bool RtpsWriter::find_places(Attempt& attempt) {

@@ -106,6 +106,7 @@ DDS_ReturnCode_t RtpsWriter::write(const WrittenSample& sample, Deadline& deadli
     }
     try {
       Step step = try_write(attempt);
+      if (step != Step::again) { attempt.waited.move_to(nullptr, 0); }
       if (step == Step::reserve) { step = reserve_and_write(attempt); }
       if (step == Step::done) {
         attempt.pushed.flush();

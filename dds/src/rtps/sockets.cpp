@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <memory>
 #include <system_error>
+#include <vector>
 
 namespace dds::rtps {
 
@@ -47,6 +49,14 @@ bool is_of_engine(int file, std::uint32_t receive_buffer) {
 }
 
 }  // namespace
+
+bool can_open(std::size_t files) {
+  std::vector<int> opened(files);
+  for (int& file : opened) { file = eventfd(0, EFD_CLOEXEC); }
+  bool all = true;
+  for (const int file : opened) { all = file >= 0 && close(file) == 0 && all; }
+  return all;
+}
 
 std::uint32_t possible_receive_buffer(std::uint32_t wanted) {
   const int probe = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);

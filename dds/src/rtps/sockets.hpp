@@ -2,11 +2,15 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
 
 namespace dds::rtps {
+
+/// Whether the process may open so many files more at this moment.
+bool can_open(std::size_t files);
 
 /// The largest receive buffer, up to `wanted` octets, that the system gives a socket.
 std::uint32_t possible_receive_buffer(std::uint32_t wanted);

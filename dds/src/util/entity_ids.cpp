@@ -2,11 +2,14 @@
 
 #include <pthread.h>
 #include <sys/random.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <new>
+
+#include "util/deadline.hpp"
 
 namespace dds {
 
@@ -20,10 +23,13 @@ void draw_process_number() { process_number.store(random_number(), std::memory_o
 
 std::uint64_t random_number() {
   std::uint64_t number = 0;
-  while (number == 0) {
-    if (getrandom(&number, sizeof(number), 0) != sizeof(number)) { number = 0; }
+  if (getrandom(&number, sizeof(number), 0) != sizeof(number)) {
+    // Where the system gives none, no two processes have the same time and number.
+    static std::atomic<std::uint64_t> calls{0};
+    number = static_cast<std::uint64_t>(clock_nanoseconds(CLOCK_REALTIME)) * 0x9e3779b97f4a7c15u +
+             static_cast<std::uint64_t>(getpid()) * 0xff51afd7ed558ccdu + calls.fetch_add(1, std::memory_order_relaxed);
   }
-  return number;
+  return number != 0 ? number : 1;
 }
 
 DDS_InstanceHandle_t next_entity_handle() {
