@@ -94,23 +94,16 @@ TEST(Cdr, IsWrittenLittleEndianWithItsHeaderAndPadding) {
   EXPECT_EQ(serialize(dds::octets_plugin, &octets), (Octets{0, 1, 0, 0, 2, 0, 0, 0, 0, 9}));
 }
 
-TEST(Cdr, IsReadInBothEndiannessesAndWrittenBackTheSame) {
+TEST(Cdr, IsReadInBothEndiannessesAndWrittenBackTheSameUnlessTheBufferIsTooSmall) {
   for (const Valid& encoding : valid_encodings()) {
     for (const Octets* octets : {&encoding.little_endian, &encoding.big_endian}) {
       OwnSample sample(encoding.plugin);
       ASSERT_TRUE(deserialize(encoding.plugin, sample, *octets));
       EXPECT_EQ(serialize(encoding.plugin, sample.memory()), encoding.little_endian);
-    }
-  }
-}
-
-TEST(Cdr, IsNotWrittenIntoABufferThatIsTooSmall) {
-  for (const Valid& encoding : valid_encodings()) {
-    OwnSample sample(encoding.plugin);
-    ASSERT_TRUE(deserialize(encoding.plugin, sample, encoding.little_endian));
-    for (std::size_t capacity = 0; capacity < encoding.little_endian.size(); ++capacity) {
-      const std::unique_ptr<unsigned char[]> block(new unsigned char[capacity]);
-      EXPECT_FALSE(encoding.plugin.serialize(sample.memory(), block.get(), capacity));
+      for (std::size_t capacity = 0; capacity < octets->size(); ++capacity) {
+        const std::unique_ptr<unsigned char[]> block(new unsigned char[capacity]);
+        EXPECT_FALSE(encoding.plugin.serialize(sample.memory(), block.get(), capacity));
+      }
     }
   }
 }

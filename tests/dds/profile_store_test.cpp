@@ -43,6 +43,10 @@ TEST_F(Profiles, GiveTheFirstMatchingPatternThenTheGeneralSettingThenTheDefaultU
   EXPECT_EQ(writer_depth("Library", "Profile", "SortReply"), 3);
   EXPECT_EQ(writer_depth("Library", "Profile", "Other"), 4);
   EXPECT_EQ(writer_depth("Library", "Profile", nullptr), 4);
+  EXPECT_EQ(set_writer_depth("Library", "Profile", "*Reply", 5), DDS_RETCODE_OK);
+  EXPECT_EQ(set_writer_depth("Library", "Profile", "Calc*", 6), DDS_RETCODE_OK);
+  EXPECT_EQ(writer_depth("Library", "Profile", "CalcReply"), 6) << "a pattern that is set again keeps its place";
+  EXPECT_EQ(writer_depth("Library", "Profile", "SortReply"), 5);
   EXPECT_TRUE(log_.take_lines().empty());
   store_.clear_profiles();
   EXPECT_EQ(writer_depth("Library", "Profile", "T"), -DDS_RETCODE_BAD_PARAMETER);
@@ -83,28 +87,35 @@ TEST_F(Profiles, ThatAreUnknownOrHaveNoLibraryOrNameAreRefusedWithALineThatSaysS
   }
 }
 
-TEST_F(Profiles, AreNotMadeOfQosThatAWriterWouldBeRefusedWith) {
-  DDS_DataWriterQos qos;
-  qos.durability.kind = DDS_TRANSIENT_DURABILITY_QOS;
-  EXPECT_EQ(store_.set_profile_datawriter_qos("Library", "Profile", nullptr, qos), DDS_RETCODE_UNSUPPORTED);
-  EXPECT_EQ(log_.take_text(), "unsupported: QoS policy durability: not volatile");
-  EXPECT_EQ(set_writer_depth("Library", "Profile", nullptr, 0), DDS_RETCODE_INCONSISTENT_POLICY);
-  EXPECT_EQ(log_.take_text(), "bad parameter: QoS policy history.depth: not positive");
-  EXPECT_EQ(writer_depth("Library", "Profile", "T"), -DDS_RETCODE_BAD_PARAMETER) << "nothing came into being";
-}
-
 TEST_F(Profiles, ExhaustedMemoryLeavesNoHalfMadeProfile) {
   const std::string library(100, 'L');
   DDS_DataWriterQos qos;
   qos.publication_name.name = DDS_String_dup("name");
-  fail_each_allocation(
-      [&] { return store_.set_profile_datawriter_qos(library.c_str(), "P", "T*", qos) == DDS_RETCODE_OK; },
-      [&] { EXPECT_EQ(writer_depth(library.c_str(), "P", "T"), -DDS_RETCODE_BAD_PARAMETER); });
+  const auto set = [&](const char* pattern) {
+    return store_.set_profile_datawriter_qos(library.c_str(), "P", pattern, qos) == DDS_RETCODE_OK;
+  };
   DDS_DataWriterQos found;
-  fail_each_allocation(
-      [&] { return store_.get_datawriter_qos_from_profile(found, library.c_str(), "P", "T") == DDS_RETCODE_OK; },
-      [&] { EXPECT_EQ(found.publication_name.name, nullptr); });
+  const auto get = [&](const char* topic) {
+    return store_.get_datawriter_qos_from_profile(found, library.c_str(), "P", topic) == DDS_RETCODE_OK;
+  };
+  fail_each_allocation([&] { return set("T*"); },
+                       [&] { EXPECT_EQ(writer_depth(library.c_str(), "P", "T"), -DDS_RETCODE_BAD_PARAMETER); });
+  fail_each_allocation([&] { return get("T"); }, [&] { EXPECT_EQ(found.publication_name.name, nullptr); });
   EXPECT_STREQ(found.publication_name.name, "name");
+
+  // Settings of a profile that is there.
+  qos.publication_name.role_name = DDS_String_dup("role");
+  const char long_pattern[] = "Another topic, with a long name";
+  for (const char* pattern : {"T*", long_pattern, static_cast<const char*>(nullptr)}) {
+    const char* topic = pattern == nullptr ? "Else" : pattern;
+    fail_each_allocation([&] { return set(pattern); },
+                         [&] {
+                           ASSERT_TRUE(get(topic));
+                           EXPECT_EQ(found.publication_name.role_name, nullptr);
+                         });
+    ASSERT_TRUE(get(topic));
+    EXPECT_STREQ(found.publication_name.role_name, "role");
+  }
 }
 
 TEST_F(Profiles, MaySetAndGetOnSeveralThreads) {

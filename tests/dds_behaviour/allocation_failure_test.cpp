@@ -10,15 +10,6 @@
 namespace behaviour {
 namespace {
 
-/// The QoS with a role and two properties, of which the first is propagated.
-template <class Qos>
-Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
-  (qos.*name).role_name = DDS_String_dup("role");
-  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "known", "value", true), DDS_RETCODE_OK);
-  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "hidden", "value", false), DDS_RETCODE_OK);
-  return qos;
-}
-
 /// A participant with a writer, readers of all kinds, and samples in them, made anew for every fault.
 struct World {
   World() {

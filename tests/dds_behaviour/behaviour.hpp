@@ -13,7 +13,6 @@
 
 #include <dds/dds.hpp>
 
-#include "builtin.hpp"
 #include "remote_writer.hpp"
 #include "setting.hpp"
 #include "support/await.hpp"
@@ -59,7 +58,11 @@ class Participant {
   DDSTopic* find_topic(Builtin type, const char* name, const char* type_name) const {
     DDSTopic* found = DDSTopic::narrow(participant_->lookup_topicdescription(name));
     if (found != nullptr) { return found; }
-    EXPECT_EQ(register_builtin(type, participant_, type_name), DDS_RETCODE_OK);
+    const auto register_type = type == Builtin::string         ? DDSStringTypeSupport::register_type
+                               : type == Builtin::keyed_string ? DDSKeyedStringTypeSupport::register_type
+                               : type == Builtin::octets       ? DDSOctetsTypeSupport::register_type
+                                                               : DDSKeyedOctetsTypeSupport::register_type;
+    EXPECT_EQ(register_type(participant_, type_name), DDS_RETCODE_OK);
     return participant_->create_topic(name, type_name, DDS_TOPIC_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE);
   }
   DDSTopic* strings(const char* name) const { return topic<DDSStringTypeSupport>(name); }
@@ -146,6 +149,15 @@ inline DDS_DataReaderQos best_effort_reader(DDS_Long max_samples = DDS_LENGTH_UN
   return qos;
 }
 
+/// The QoS with a role and two properties, of which the second is propagated.
+template <class Qos>
+Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
+  (qos.*name).role_name = DDS_String_dup("role");
+  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "hidden", "0", false), DDS_RETCODE_OK);
+  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "known", "1", true), DDS_RETCODE_OK);
+  return qos;
+}
+
 /// A writer on the topic, at the place that the carrier has for writers, which has met its readers.
 template <class Writer = DDSStringDataWriter>
 Writer* make_writer(DDSTopic* topic, const DDS_DataWriterQos& qos = reliable_writer(),
@@ -154,7 +166,7 @@ Writer* make_writer(DDSTopic* topic, const DDS_DataWriterQos& qos = reliable_wri
       Setting::current() == nullptr
           ? topic->get_participant()->create_datawriter(
                 topic, qos, listener, listener == nullptr ? DDS_STATUS_MASK_NONE : DDS_STATUS_MASK_ALL)
-          : Setting::current()->create_writer(BuiltinOf<Writer>::type, topic, qos, listener);
+          : Setting::current()->create_writer(builtin_of<Writer>, topic, qos, listener);
   settle();
   return Writer::narrow(writer);
 }
@@ -189,6 +201,18 @@ inline DDS_KeyedString keyed(std::string& key, std::string& value) { return {key
 inline DDS_ReturnCode_t write(DDSKeyedStringDataWriter* writer, std::string key, std::string value) {
   return writer->write(keyed(key, value), DDS_HANDLE_NIL);
 }
+/// Names the index key with that number.
+inline DDS_SampleInfo key_of(std::uint32_t number) {
+  DDS_SampleInfo key;
+  key.related_sample_identity.sequence_number = {0, number};
+  return key;
+}
+/// Writes a sample with it.
+inline DDS_ReturnCode_t answer(DDSStringDataWriter* writer, std::uint32_t number, const std::string& value) {
+  DDS_WriteParams_t params;
+  params.related_sample_identity.sequence_number = {0, number};
+  return writer->write_w_params(value.c_str(), params);
+}
 inline DDS_ReturnCode_t dispose(DDSKeyedStringDataWriter* writer, std::string key) {
   std::string none;
   return writer->dispose(keyed(key, none), DDS_HANDLE_NIL);
@@ -212,6 +236,9 @@ inline Received copy_sample(const DDS_KeyedString& data, const DDS_SampleInfo& i
 }
 inline Received copy_sample(const DDS_Octets& data, const DDS_SampleInfo& info) {
   return {"", info.valid_data ? std::string(data.value, data.value + data.length) : "", info};
+}
+inline Received copy_sample(const DDS_KeyedOctets& data, const DDS_SampleInfo& info) {
+  return {data.key, info.valid_data ? std::string(data.value, data.value + data.length) : "", info};
 }
 
 struct Selection {

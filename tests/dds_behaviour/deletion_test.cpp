@@ -52,6 +52,7 @@ TEST_F(Deletion, ThatIsRefusedLeavesALogLineThatNamesTheCall) {
   DDSReadCondition* deleted =
       reader->create_readcondition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
   EXPECT_EQ(reader->delete_readcondition(deleted), DDS_RETCODE_OK);
+  DDSStringDataReader* stranger = make_reader(topic);
   struct Refused {
     const char* call;
     DDS_ReturnCode_t retcode;
@@ -70,6 +71,7 @@ TEST_F(Deletion, ThatIsRefusedLeavesALogLineThatNamesTheCall) {
       {"delete_contentfilteredtopic", null, [&] { return participant->delete_contentfilteredtopic(nullptr); }},
       {"delete_participant", null, [&] { return factory().delete_participant(nullptr); }},
       {"DDSDataReader::delete_readcondition", unmet, [&] { return reader->delete_readcondition(deleted); }},
+      {"DDSDataReader::delete_readcondition", unmet, [&] { return stranger->delete_readcondition(condition); }},
       {"DDSDataReader::read or take", unmet,
        [&] {
          DDS_StringSeq data;

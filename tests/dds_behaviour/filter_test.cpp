@@ -37,22 +37,13 @@ TEST_P(Filters, KeepTheirExpressionAndParametersForWhomeverAsksAndUseThem) {
 TEST_P(Filters, SeeTheIdentityOfASample) {
   DDSStringDataWriter* second = make_writer(topic);
   const std::string guid = "&hex(" + hexadecimal(guid_of(second)) + ")";
-  const auto reader_of = [&](const char* name, const std::string& expression) {
-    return make_reader(participant.filtered(name, topic, expression));
-  };
-  DDSStringDataReader* of_other = reader_of("1", "@sample_identity.writer_guid.value = " + guid);
-  DDSStringDataReader* of_rest = reader_of("2", "@sample_identity.writer_guid.value <> " + guid);
-  DDSStringDataReader* third_on = reader_of("3", "@sample_identity.sequence_number >= 3");
-  DDSStringDataReader* second_of_other =
-      reader_of("4", "@sample_identity.sequence_number = 2 AND @sample_identity.writer_guid.value = " + guid);
+  DDSStringDataReader* reader = make_reader(participant.filtered(
+      "Filtered", topic, "@sample_identity.sequence_number >= 2 AND @sample_identity.writer_guid.value = " + guid));
   for (int i = 1; i <= 3; ++i) {
     EXPECT_EQ(write(writer, "w" + std::to_string(i)), DDS_RETCODE_OK);
     EXPECT_EQ(write(second, "o" + std::to_string(i)), DDS_RETCODE_OK);
   }
-  EXPECT_EQ(take_values(of_other), (Strings{"o1", "o2", "o3"}));
-  EXPECT_EQ(take_values(of_rest), (Strings{"w1", "w2", "w3"}));
-  EXPECT_EQ(take_values(third_on), (Strings{"w3", "o3"}));
-  EXPECT_EQ(take_values(second_of_other), Strings{"o2"});
+  EXPECT_EQ(take_values(reader), (Strings{"o2", "o3"}));
 }
 
 TEST_P(Filters, OnRelatedWritersGiveEachOfManyReadersExactlyItsOwn) {

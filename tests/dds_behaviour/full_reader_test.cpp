@@ -4,7 +4,6 @@
 #include <atomic>
 
 #include "behaviour.hpp"
-#include "log_lines.hpp"
 
 namespace behaviour {
 namespace {

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <future>
-#include <limits>
 #include <mutex>
 
 #include "behaviour.hpp"
@@ -215,7 +214,7 @@ TEST_P(Listeners, AreGoneOnceSetListenerHasReturned) {
   const LogLines log;
   EXPECT_EQ(write(writer, "2"), DDS_RETCODE_OK);
   EXPECT_EQ(take_values(reader), (Strings{"1", "2"}));
-  EXPECT_EQ(log.count("promise already satisfied"), 0) << "a further call would find it so";
+  EXPECT_EQ(log.count("Promise already satisfied"), 0) << "a further call would find it so";
 }
 
 TEST_P(Listeners, MayNotDeleteTheirOwnReaderButOtherEntitiesAndTheWriterThatCallsThemAndReplaceThemselves) {
@@ -240,7 +239,7 @@ TEST_P(Listeners, MayNotDeleteTheirOwnReaderButOtherEntitiesAndTheWriterThatCall
   const LogLines log;
   EXPECT_EQ(write(second_writer, "not told"), DDS_RETCODE_OK);
   settle();
-  EXPECT_EQ(log.count("promise already satisfied"), 0) << "a further call would find it so";
+  EXPECT_EQ(log.count("Promise already satisfied"), 0) << "a further call would find it so";
   EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
 }
 

@@ -15,24 +15,14 @@ class LogLines {
     for (const support::LogLine& line : recorder_.other_lines()) { lines.push_back(line.context + ": " + line.text); }
     return lines;
   }
-  /// How many of them contain `text`, in whatever case.
-  int count(std::string text) const {
-    lower(text);
+  /// How many of them contain `text`.
+  int count(const std::string& text) const {
     int found = 0;
-    for (std::string line : all()) {
-      lower(line);
-      found += line.find(text) != std::string::npos ? 1 : 0;
-    }
+    for (const std::string& line : all()) { found += line.find(text) != std::string::npos ? 1 : 0; }
     return found;
   }
 
  private:
-  static void lower(std::string& text) {
-    for (char& c : text) {
-      if (c >= 'A' && c <= 'Z') { c = static_cast<char>(c - 'A' + 'a'); }
-    }
-  }
-
   support::LogRecorder recorder_;
 };
 

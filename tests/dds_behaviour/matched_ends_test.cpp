@@ -9,14 +9,6 @@ namespace {
 
 using MatchedEnds = OneTopicOver;
 
-template <class Qos>
-Qos described(Qos qos, DDS_EntityNameQosPolicy Qos::*name) {
-  (qos.*name).role_name = DDS_String_dup("role");
-  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "hidden", "0", false), DDS_RETCODE_OK);
-  EXPECT_EQ(DDSPropertyQosPolicyHelper::add_property(qos.property, "known", "1", true), DDS_RETCODE_OK);
-  return qos;
-}
-
 template <class Data>
 void expect_described(const Data& data, const DDS_EntityNameQosPolicy& name) {
   EXPECT_STREQ(name.role_name, "role");
@@ -67,15 +59,19 @@ TEST_P(MatchedEnds, TellWhoseAnswersTheyWantIfTheyWantNothingElse) {
   DDSStringDataWriter* writer = make_writer(topic);
   const DDS_GUID_t asker = guid_of(make_writer(participant.strings("Questions")));
   const std::string own = "&hex(" + hexadecimal(asker) + ")";
-  const std::string exact = "@related_sample_identity.writer_guid.value = " + own;
+  const std::string related = "@related_sample_identity.writer_guid.value";
+  const std::string exact = related + " = " + own;
   const std::pair<std::string, bool> filters[] = {{exact, true},
-                                                  {"(" + exact + ")", true},
+                                                  {"((" + exact + "))", true},
+                                                  {own + " = " + related, true},
+                                                  {related + " = %0", true},
                                                   {"NOT " + exact, false},
                                                   {exact + " AND @sample_identity.sequence_number > 0", false},
-                                                  {"@related_sample_identity.writer_guid.value <> " + own, false},
+                                                  {related + " <> " + own, false},
+                                                  {"@related_sample_identity.sequence_number = 1", false},
                                                   {"@sample_identity.writer_guid.value = " + own, false}};
   for (const auto& [expression, tells] : filters) {
-    DDSContentFilteredTopic* filtered = participant.filtered(expression.c_str(), topic, expression);
+    DDSContentFilteredTopic* filtered = participant.filtered(expression.c_str(), topic, expression, {own});
     ASSERT_NE(filtered, nullptr) << expression;
     make_reader(filtered);
     DDS_PublicationMatchedStatus status;
@@ -104,17 +100,19 @@ class MatchCondition : public OverCarrier<bool>, public OneTopic {
 
  protected:
   bool of_writer() const { return std::get<1>(GetParam()); }
-  /// The end whose conditions are looked at, and what comes and goes at the other end.
+  /// Calls `f` for the end whose conditions are looked at; what comes and goes is at the other end.
+  template <class F>
+  auto at_end(F f) {
+    return of_writer() ? f(writer) : f(reader);
+  }
   DDSMatchCondition* create() {
-    return of_writer() ? writer->create_match_condition() : reader->create_match_condition();
+    return at_end([](auto* end) { return end->create_match_condition(); });
   }
   DDS_ReturnCode_t destroy(DDSMatchCondition* condition) {
-    return of_writer() ? writer->delete_match_condition(condition) : reader->delete_match_condition(condition);
+    return at_end([=](auto* end) { return end->delete_match_condition(condition); });
   }
-  DDS_ReturnCode_t remove_end() { return of_writer() ? remove(writer) : remove(reader); }
-  DDSEntity& end() { return of_writer() ? static_cast<DDSEntity&>(*writer) : *reader; }
-  DDS_StatusMask matched() const {
-    return of_writer() ? DDS_PUBLICATION_MATCHED_STATUS : DDS_SUBSCRIPTION_MATCHED_STATUS;
+  DDS_ReturnCode_t remove_end() {
+    return at_end([](auto* end) { return remove(end); });
   }
   int match_count() {
     DDS_InstanceHandleSeq handles;
@@ -147,7 +145,10 @@ TEST_P(MatchCondition, IsLatchedByEveryChangeUntilItIsReset) {
   EXPECT_FALSE(second->get_trigger_value());
   first->reset();
   EXPECT_FALSE(first->get_trigger_value());
-  EXPECT_NE(end().get_status_changes() & matched(), 0u) << "the status is the application's";
+  EXPECT_NE(at_end([](auto* end) { return end->get_status_changes(); }) &
+                (of_writer() ? DDS_PUBLICATION_MATCHED_STATUS : DDS_SUBSCRIPTION_MATCHED_STATUS),
+            0u)
+      << "the status is the application's";
   go();
   EXPECT_TRUE(first->get_trigger_value());
   EXPECT_TRUE(second->get_trigger_value());

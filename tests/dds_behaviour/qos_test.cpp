@@ -10,24 +10,21 @@ using EntityQos = OneTopic;
 using RefusedPolicies = OneTopic;
 
 /// Recognised again by its history depth.
-DDS_DataWriterQos writer_marked(DDS_Long mark) {
-  DDS_DataWriterQos qos;
-  qos.history.depth = mark;
-  return qos;
-}
-DDS_DataReaderQos reader_marked(DDS_Long mark) {
-  DDS_DataReaderQos qos;
+template <class Qos>
+Qos marked(DDS_Long mark) {
+  Qos qos;
   qos.history.depth = mark;
   return qos;
 }
 
 TEST(Defaults, OfAParticipantHoldForTheTopicNamesTheyAreSetFor) {
   const Participant participant, untouched;
-  ASSERT_EQ(participant->set_default_datawriter_qos(writer_marked(10)), DDS_RETCODE_OK);
-  ASSERT_EQ(participant->set_default_datareader_qos(reader_marked(20)), DDS_RETCODE_OK);
-  ASSERT_EQ(participant->set_default_datawriter_qos(writer_marked(11), "*Reply"), DDS_RETCODE_OK);
-  ASSERT_EQ(participant->set_default_datareader_qos(reader_marked(21), "*Reply"), DDS_RETCODE_OK);
-  ASSERT_EQ(participant->set_default_datawriter_qos(writer_marked(12), "CalcReply"), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->set_default_datawriter_qos(marked<DDS_DataWriterQos>(10)), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->set_default_datareader_qos(marked<DDS_DataReaderQos>(20)), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->set_default_datawriter_qos(marked<DDS_DataWriterQos>(11), "*Reply"), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->set_default_datareader_qos(marked<DDS_DataReaderQos>(21), "*Reply"), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->set_default_datawriter_qos(marked<DDS_DataWriterQos>(12), "CalcReply"), DDS_RETCODE_OK);
+  ASSERT_EQ(participant->set_default_topic_qos(marked<DDS_TopicQos>(30)), DDS_RETCODE_OK);
 
   const auto depths = [](const Participant& of, auto... name) {
     DDS_DataWriterQos writer_qos;
@@ -36,10 +33,15 @@ TEST(Defaults, OfAParticipantHoldForTheTopicNamesTheyAreSetFor) {
     EXPECT_EQ(of->get_default_datareader_qos(reader_qos, name...), DDS_RETCODE_OK);
     return std::pair(writer_qos.history.depth, reader_qos.history.depth);
   };
+  DDS_TopicQos topic_qos;
+  EXPECT_EQ(participant->get_default_topic_qos(topic_qos), DDS_RETCODE_OK);
+  EXPECT_EQ(topic_qos.history.depth, 30);
   EXPECT_EQ(depths(participant), std::pair(10, 20));
   EXPECT_EQ(depths(participant, "CalcReply"), std::pair(11, 21));
   EXPECT_EQ(depths(participant, "CalcRequest"), std::pair(10, 20));
   EXPECT_EQ(depths(untouched, "CalcReply"), std::pair(1, 1));
+  EXPECT_EQ(DDS_DATAWRITER_QOS_DEFAULT.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS);
+  EXPECT_EQ(DDS_DATAREADER_QOS_DEFAULT.reliability.kind, DDS_BEST_EFFORT_RELIABILITY_QOS);
 
   // The default token stands for what the topic's name selects, also through a content-filtered topic.
   DDSTopic* reply = participant.strings("CalcReply");
@@ -48,26 +50,14 @@ TEST(Defaults, OfAParticipantHoldForTheTopicNamesTheyAreSetFor) {
     EXPECT_EQ(entity->get_qos(qos), DDS_RETCODE_OK);
     return qos.history.depth;
   };
+  EXPECT_EQ(depth(reply, DDS_TopicQos()), 30);
   EXPECT_EQ(depth(make_writer(reply, DDS_DATAWRITER_QOS_DEFAULT), DDS_DataWriterQos()), 11);
   EXPECT_EQ(depth(make_writer(request, DDS_DATAWRITER_QOS_DEFAULT), DDS_DataWriterQos()), 10);
   EXPECT_EQ(depth(make_reader(reply, DDS_DATAREADER_QOS_DEFAULT), DDS_DataReaderQos()), 21);
   EXPECT_EQ(depth(make_reader(request, DDS_DATAREADER_QOS_DEFAULT), DDS_DataReaderQos()), 20);
   DDSContentFilteredTopic* filtered = participant.filtered("Filter", reply, "value = 'x'");
   EXPECT_EQ(depth(make_reader(filtered, DDS_DATAREADER_QOS_DEFAULT), DDS_DataReaderQos()), 21);
-  EXPECT_EQ(depth(make_writer(request, writer_marked(5)), DDS_DataWriterQos()), 5) << "explicit QoS wins";
-}
-
-TEST(Defaults, OfTopicsAreTheParticipantsAtTheTimeOfCreation) {
-  const Participant participant;
-  DDS_TopicQos qos;
-  qos.history.depth = 9;
-  ASSERT_EQ(participant->set_default_topic_qos(qos), DDS_RETCODE_OK);
-  DDSTopic* topic = participant.strings("Topic");
-  DDS_TopicQos got_default, got;
-  EXPECT_EQ(participant->get_default_topic_qos(got_default), DDS_RETCODE_OK);
-  EXPECT_EQ(got_default.history.depth, 9);
-  EXPECT_EQ(topic->get_qos(got), DDS_RETCODE_OK);
-  EXPECT_EQ(got.history.depth, 9);
+  EXPECT_EQ(depth(make_writer(request, marked<DDS_DataWriterQos>(5)), DDS_DataWriterQos()), 5) << "explicit QoS wins";
 }
 
 TEST_F(EntityQos, IsGivenBackAsItWasAskedFor) {
@@ -83,6 +73,13 @@ TEST_F(EntityQos, IsGivenBackAsItWasAskedFor) {
   const DDS_Property_t* property = DDSPropertyQosPolicyHelper::lookup_property(got.property, "own.name");
   ASSERT_NE(property, nullptr);
   EXPECT_STREQ(property->value, "own value");
+}
+
+TEST_F(EntityQos, APropertyWithoutValueIsAsGoodAsNone) {
+  DDS_DataReaderQos qos;
+  ASSERT_TRUE(qos.property.value.ensure_length(1, 1));
+  qos.property.value[0].name = DDS_String_dup("dds.data_reader.history.generate_not_alive_no_writers_sample");
+  EXPECT_NE(make_reader(topic, qos), nullptr);
 }
 
 TEST_F(RefusedPolicies, MakeNoEntityNoDefaultAndNoProfileAndOneLogLineEachThatNamesThem) {
@@ -109,6 +106,7 @@ TEST_F(RefusedPolicies, MakeNoEntityNoDefaultAndNoProfileAndOneLogLineEachThatNa
     EXPECT_EQ(participant->get_default_datawriter_qos(writer, name), DDS_RETCODE_OK);
     EXPECT_EQ(writer.durability.kind, DDS_VOLATILE_DURABILITY_QOS);
   }
+  EXPECT_EQ(factory().get_datawriter_qos_from_profile(writer, "L", "P", "T"), DDS_RETCODE_BAD_PARAMETER);
 }
 
 TEST_F(RefusedPolicies, OfPublishersSubscribersAndParticipantsAreNamedToo) {

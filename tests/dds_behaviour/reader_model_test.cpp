@@ -17,7 +17,7 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
   struct Lent {
     DDS_KeyedStringSeq data;
     DDS_SampleInfoSeq infos;
-    Strings values;
+    std::vector<Received> received;
   };
 
   RandomOperations() {
@@ -53,9 +53,7 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
   }
   void discard_one() {
     const std::uint32_t related = pick_related();
-    DDS_SampleInfo key;
-    key.related_sample_identity.sequence_number = {0, related};
-    ASSERT_EQ(reader->discard_index_key("Index", key), DDS_RETCODE_OK);
+    ASSERT_EQ(reader->discard_index_key("Index", key_of(related)), DDS_RETCODE_OK);
     model.discard(related);
     ++oldest_key;
   }
@@ -67,23 +65,16 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
     ASSERT_EQ(writers[writer]->write_w_params(keyed(key, value), params), DDS_RETCODE_OK);
     model.write(writer, key, value, related);
   }
-  void dispose_one() {
+  void dispose_or_unregister_one(bool disposes) {
     const int writer = pick(3);
     std::string key = pick_key(), none;
     const DDS_KeyedString instance = keyed(key, none);
     const std::uint32_t related = pick(2) == 0 ? pick_related() : 0;
     DDS_WriteParams_t params = answering(related);
-    ASSERT_EQ(writers[writer]->dispose_untyped(&instance, params), DDS_RETCODE_OK);
-    model.dispose(writer, key, related);
-  }
-  void unregister_one() {
-    const int writer = pick(3);
-    std::string key = pick_key(), none;
-    const DDS_KeyedString instance = keyed(key, none);
-    const std::uint32_t related = pick(2) == 0 ? pick_related() : 0;
-    DDS_WriteParams_t params = answering(related);
-    ASSERT_EQ(writers[writer]->unregister_untyped(&instance, params), DDS_RETCODE_OK);
-    model.unregister(writer, key, related);
+    ASSERT_EQ(disposes ? writers[writer]->dispose_untyped(&instance, params)
+                       : writers[writer]->unregister_untyped(&instance, params),
+              DDS_RETCODE_OK);
+    disposes ? model.dispose(writer, key, related) : model.unregister(writer, key, related);
   }
   void replace_writer() {
     const int writer = pick(3);
@@ -98,10 +89,8 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
     if (made.query.related == 0) {
       made.condition = reader->create_readcondition(masks.sample_states, masks.view_states, masks.instance_states);
     } else {
-      DDS_SampleInfo key;
-      key.related_sample_identity.sequence_number = {0, made.query.related};
-      made.condition =
-          reader->create_index_condition(masks.sample_states, masks.view_states, masks.instance_states, "Index", key);
+      made.condition = reader->create_index_condition(masks.sample_states, masks.view_states, masks.instance_states,
+                                                      "Index", key_of(made.query.related));
     }
     ASSERT_NE(made.condition, nullptr);
     conditions.push_back(made);
@@ -127,17 +116,19 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
     const DDS_ReturnCode_t retcode =
         reader->read(loan->data, loan->infos, 5, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
     ASSERT_EQ(retcode, model.count(all) > 0 ? DDS_RETCODE_OK : DDS_RETCODE_NO_DATA);
-    std::vector<Received> received;
-    for (int i = 0; i < loan->data.length(); ++i) { received.push_back(copy_sample(loan->data[i], loan->infos[i])); }
-    loan->values = values(received);
-    ASSERT_NO_FATAL_FAILURE(model.expect(received, all, 5, false));
+    for (int i = 0; i < loan->data.length(); ++i) {
+      loan->received.push_back(copy_sample(loan->data[i], loan->infos[i]));
+    }
+    ASSERT_NO_FATAL_FAILURE(model.expect(loan->received, all, 5, false));
     if (retcode == DDS_RETCODE_OK) { lent.push_back(std::move(loan)); }
     if (lent.size() > 6) { give_back(static_cast<std::size_t>(pick(static_cast<int>(lent.size())))); }
   }
   void give_back(std::size_t which) {
     Lent& loan = *lent[which];
     for (int i = 0; i < loan.data.length(); ++i) {
-      EXPECT_EQ(copy_sample(loan.data[i], loan.infos[i]).value, loan.values[static_cast<std::size_t>(i)]);
+      const Received now = copy_sample(loan.data[i], loan.infos[i]), then = loan.received[static_cast<std::size_t>(i)];
+      EXPECT_EQ(std::tie(now.key, now.value, now.info.sample_state, now.info.view_state),
+                std::tie(then.key, then.value, then.info.sample_state, then.info.view_state));
     }
     EXPECT_EQ(reader->return_loan(loan.data, loan.infos), DDS_RETCODE_OK);
     lent.erase(lent.begin() + static_cast<std::ptrdiff_t>(which));
@@ -146,8 +137,7 @@ class RandomOperations : public ::testing::TestWithParam<std::tuple<unsigned int
   void operate() {
     const int choice = pick(100);
     if (choice < 35) { return write_one(); }
-    if (choice < 43) { return dispose_one(); }
-    if (choice < 51) { return unregister_one(); }
+    if (choice < 51) { return dispose_or_unregister_one(choice < 43); }
     if (choice < 54) { return replace_writer(); }
     if (choice < 60) { return make_condition(); }
     if (choice < 65) { return delete_condition(); }

@@ -68,6 +68,33 @@ void get(Packet& packet, DDS_DataWriterQos& qos) {
   get(packet, qos.publication_name);
 }
 
+void put(Packet& packet, const std::string& key, const std::string& value) {
+  packet.put(key);
+  packet.put(value);
+}
+void put(Packet& packet, const char* data) { put(packet, "", data); }
+void put(Packet& packet, const DDS_KeyedString& data) { put(packet, data.key, data.value); }
+void put(Packet& packet, const DDS_Octets& data) { put(packet, "", {data.value, data.value + data.length}); }
+void put(Packet& packet, const DDS_KeyedOctets& data) { put(packet, data.key, {data.value, data.value + data.length}); }
+
+/// A sample that was put so, whatever its type.
+class Sample {
+ public:
+  explicit Sample(Packet& packet) : key_(packet.get<std::string>()), value_(packet.get<std::string>()) {}
+  /// Valid as long as this object.
+  const void* data(Builtin type) const {
+    if (type == Builtin::string) { return &keyed_string_.value; }
+    if (type == Builtin::keyed_string) { return &keyed_string_; }
+    return type == Builtin::octets ? static_cast<const void*>(&octets_) : &keyed_octets_;
+  }
+
+ private:
+  std::string key_, value_;
+  const DDS_KeyedString keyed_string_{key_.data(), value_.data()};
+  const DDS_Octets octets_{static_cast<DDS_Long>(value_.size()), reinterpret_cast<DDS_Octet*>(value_.data())};
+  const DDS_KeyedOctets keyed_octets_{key_.data(), octets_.length, octets_.value};
+};
+
 /// In the other process: a participant for each domain, with writers.
 class WriterService : public support::Service {
  public:
@@ -117,25 +144,25 @@ class WriterService : public support::Service {
     const int number = writers_.add(std::make_unique<Made>(Made{type, writer}));
     return Packet::of(number, guid_of(writer), writer->get_instance_handle());
   }
-  static Packet write(Verb verb, DDSDataWriter& writer, Packet& command) {
-    const BuiltinSample sample(command);
+  static Packet write(Verb verb, const Made& made, Packet& command) {
+    DDSDataWriter& writer = *made.writer;
+    const Sample sample(command);
+    const void* const data = sample.data(made.type);
     DDS_WriteParams_t params;
     params.identity = command.get<DDS_SampleIdentity_t>();
     params.related_sample_identity = command.get<DDS_SampleIdentity_t>();
     params.source_timestamp = command.get<DDS_Time_t>();
     params.handle = command.get<DDS_InstanceHandle_t>();
-    const int cookie = command.get<int>();
-    EXPECT_TRUE(params.cookie.value.ensure_length(cookie, cookie));
-    const DDS_ReturnCode_t retcode = verb == Verb::write     ? writer.write_untyped(sample.data(), params)
-                                     : verb == Verb::dispose ? writer.dispose_untyped(sample.data(), params)
-                                                             : writer.unregister_untyped(sample.data(), params);
+    const DDS_ReturnCode_t retcode = verb == Verb::write     ? writer.write_untyped(data, params)
+                                     : verb == Verb::dispose ? writer.dispose_untyped(data, params)
+                                                             : writer.unregister_untyped(data, params);
     return Packet::of(retcode, params.identity);
   }
   static Packet obey(Verb verb, Made& made, Packet& command) {
     DDSDataWriter& writer = *made.writer;
     switch (verb) {
       case Verb::lookup:
-        return Packet::of(writer.lookup_instance_untyped(BuiltinSample(command).data()));
+        return Packet::of(writer.lookup_instance_untyped(Sample(command).data(made.type)));
       case Verb::status_changes:
         return Packet::of(writer.get_status_changes());
       case Verb::incompatible: {
@@ -160,7 +187,7 @@ class WriterService : public support::Service {
       case Verb::matched_data:
         return matched_data(writer, command.get<DDS_InstanceHandle_t>());
       default:
-        return write(verb, writer, command);
+        return write(verb, made, command);
     }
   }
   static Packet matched_data(DDSDataWriter& writer, DDS_InstanceHandle_t reader) {
@@ -218,7 +245,7 @@ class Proxy final : public Api, public RemoteWriter {
   }
   DDS_InstanceHandle_t lookup_instance_untyped(const void* data) override {
     Packet command = Packet::of(Verb::lookup, number_);
-    BuiltinSample(BuiltinOf<Api>::type, data).put_into(command);
+    put(command, *static_cast<const Data*>(data));
     return process_.call(command).get<DDS_InstanceHandle_t>();
   }
   DDS_ReturnCode_t get_offered_incompatible_qos_status(DDS_OfferedIncompatibleQosStatus& status) override {
@@ -258,6 +285,10 @@ class Proxy final : public Api, public RemoteWriter {
   DDS_DataWriter* procedural_handle() override { not_here(); }
 
  private:
+  template <class T>
+  static T data_of(const DDSTypedDataWriter<T>*);
+  using Data = decltype(data_of(static_cast<Api*>(nullptr)));
+
   [[noreturn]] static void not_here() { throw std::logic_error("not across processes"); }
   template <class Seq, class T>
   static void append(Seq& sequence, const T& value) {
@@ -270,12 +301,11 @@ class Proxy final : public Api, public RemoteWriter {
   }
   DDS_ReturnCode_t write(Verb verb, const void* data, DDS_WriteParams_t& params) {
     Packet command = Packet::of(verb, number_);
-    BuiltinSample(BuiltinOf<Api>::type, data).put_into(command);
+    put(command, *static_cast<const Data*>(data));
     command.put(params.identity);
     command.put(params.related_sample_identity);
     command.put(params.source_timestamp);
     command.put(params.handle);
-    command.put(params.cookie.value.length());
     Packet answer = process_.call(command);
     const auto retcode = answer.get<DDS_ReturnCode_t>();
     params.identity = answer.get<DDS_SampleIdentity_t>();

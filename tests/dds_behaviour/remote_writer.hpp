@@ -1,13 +1,25 @@
 #pragma once
 
 #include <memory>
+#include <type_traits>
 
-#include "builtin.hpp"
+#include <dds/dds.hpp>
+
+#include "support/other_process.hpp"
 
 namespace behaviour {
 
+/// The four built-in types, by a value.
+enum class Builtin { string, keyed_string, octets, keyed_octets };
+
+template <class Writer>
+constexpr Builtin builtin_of = std::is_same_v<Writer, DDSStringDataWriter>        ? Builtin::string
+                               : std::is_same_v<Writer, DDSKeyedStringDataWriter> ? Builtin::keyed_string
+                               : std::is_same_v<Writer, DDSOctetsDataWriter>      ? Builtin::octets
+                                                                                  : Builtin::keyed_octets;
+
 /// A writer in the other process; what stands for it here is a `DDSDataWriter`. Conditions and listeners of its own it
-/// has none.
+/// has none, and it takes whole samples only.
 class RemoteWriter {
  public:
   virtual ~RemoteWriter() = default;

@@ -1,7 +1,6 @@
 #include "setting.hpp"
 
 #include "behaviour.hpp"
-#include "remote_writer.hpp"
 
 namespace behaviour {
 

@@ -6,15 +6,13 @@
 
 #include <dds/dds.hpp>
 
-#include "builtin.hpp"
 #include "markers.hpp"
+#include "remote_writer.hpp"
 #include "support/carrier.hpp"
-#include "support/other_process.hpp"
 
 namespace behaviour {
 
 class Participant;
-class RemoteWriter;
 
 /// What the running test runs over: where its writers are, and how it knows that what it did has arrived. There is one
 /// at a time; without it, everything is in one participant within the process.

@@ -1,4 +1,4 @@
-// States, generation counts and ranks, against tables worked out by hand, where the model of a reader does not go.
+// States of instances, against tables worked out by hand, where the model of a reader does not go.
 
 #include <map>
 
@@ -29,8 +29,6 @@ Strings rows(const std::vector<Received>& received) {
 
 class States : public OverCarrier<>, public ::testing::Test {
  protected:
-  DDSKeyedStringDataWriter* writer() { return make_writer<DDSKeyedStringDataWriter>(topic); }
-
   Participant participant;
   DDSTopic* topic = participant.keyed_strings("Topic");
   DDSKeyedStringDataReader* reader = make_reader<DDSKeyedStringDataReader>(topic);
@@ -45,37 +43,13 @@ TEST_P(States, KeyedOctetsKeepInstancesApart) {
   for (std::string* key : {&a, &b, &a}) {
     EXPECT_EQ(octets_writer->write({key->data(), 1, &octet}, DDS_HANDLE_NIL), DDS_RETCODE_OK);
   }
-  settle();
-  DDS_KeyedOctetsSeq data;
-  DDS_SampleInfoSeq infos;
-  ASSERT_EQ(octets_reader->take(data, infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
-                                DDS_ANY_INSTANCE_STATE),
-            DDS_RETCODE_OK);
-  ASSERT_EQ(data.length(), 3);
   std::map<std::string, int> counts;
-  for (int i = 0; i < 3; ++i) {
-    ++counts[data[i].key];
-    EXPECT_EQ(infos[i].instance_handle, octets_reader->lookup_instance(data[i]));
+  for (Received& sample : read_all(octets_reader)) {
+    ++counts[sample.key];
+    EXPECT_EQ(sample.value, "\1");
+    EXPECT_EQ(sample.info.instance_handle, octets_reader->lookup_instance({sample.key.data(), 1, &octet}));
   }
   EXPECT_EQ(counts, (std::map<std::string, int>{{"a", 2}, {"b", 1}}));
-  EXPECT_EQ(octets_reader->return_loan(data, infos), DDS_RETCODE_OK);
-}
-
-TEST_P(States, ADisposedInstanceIsRebornAsANewGeneration) {
-  DDSKeyedStringDataWriter* one = writer();
-  EXPECT_EQ(write(one, "a", "1"), DDS_RETCODE_OK);
-  EXPECT_EQ(write(one, "a", "2"), DDS_RETCODE_OK);
-  EXPECT_EQ(dispose(one, "a"), DDS_RETCODE_OK);
-  EXPECT_EQ(rows(read_all(reader)), (Strings{"1 unread new disposed 0 0 2 0 0", "2 unread new disposed 0 0 1 0 0",
-                                             "- unread new disposed 0 0 0 0 0"}));
-  EXPECT_EQ(write(one, "a", "3"), DDS_RETCODE_OK);
-  EXPECT_EQ(dispose(one, "a"), DDS_RETCODE_OK);
-  EXPECT_EQ(write(one, "a", "4"), DDS_RETCODE_OK);
-  // The first two samples end the collection: the newest of it is of generation 0, the newest held of generation 2.
-  EXPECT_EQ(rows(collect(reader, false, 2)), (Strings{"1 read new alive 0 0 1 0 2", "2 read new alive 0 0 0 0 2"}));
-  EXPECT_EQ(rows(read_all(reader)),
-            (Strings{"1 read old alive 0 0 5 2 2", "2 read old alive 0 0 4 2 2", "- read old alive 0 0 3 2 2",
-                     "3 unread old alive 1 0 2 1 1", "- unread old alive 1 0 1 1 1", "4 unread old alive 2 0 0 0 0"}));
 }
 
 TEST_P(States, ThePropertyDecidesWhetherAVanishedWriterLeavesASampleWithoutDataAlsoForATypeWithoutKey) {
@@ -107,7 +81,7 @@ TEST_P(States, UnregisteringDisposesTooWhereTheWriterLifecycleSaysSo) {
 }
 
 TEST_P(States, AWriterChecksThatTheHandleIsTheInstanceOfTheData) {
-  DDSKeyedStringDataWriter* one = writer();
+  auto* one = make_writer<DDSKeyedStringDataWriter>(topic);
   std::string a = "a", b = "b", value = "v";
   const DDS_InstanceHandle_t of_a = one->register_instance(keyed(a, value));
   EXPECT_NE(of_a, DDS_HANDLE_NIL);

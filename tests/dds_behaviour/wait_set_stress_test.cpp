@@ -1,6 +1,5 @@
 // Hand-overs between threads: one that is missed between the evaluation of the conditions and the sleep hangs.
 
-#include <atomic>
 #include <memory>
 #include <random>
 
@@ -67,19 +66,14 @@ TEST_P(HandOvers, ConditionsThatComeAndGoMissNothing) {
   ASSERT_EQ(reader->create_index("Index"), DDS_RETCODE_OK);
   Thread writing([&] {
     DDSStringDataWriter* writer = make_writer(topic);
-    for (int i = 1; i <= count; ++i) {
-      DDS_WriteParams_t params;
-      params.related_sample_identity.sequence_number = {0, static_cast<std::uint32_t>(i)};
-      EXPECT_EQ(writer->write_w_params("x", params), DDS_RETCODE_OK);
-    }
+    for (int i = 1; i <= count; ++i) { EXPECT_EQ(answer(writer, static_cast<std::uint32_t>(i), "x"), DDS_RETCODE_OK); }
   });
   const AsItComes as_it_comes;
   DDSConditionSeq active;
   for (int i = 1; i <= count; ++i) {
-    DDS_SampleInfo key;
-    key.related_sample_identity.sequence_number = {0, static_cast<std::uint32_t>(i)};
     DDSReadCondition* condition =
-        reader->create_index_condition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE, "Index", key);
+        reader->create_index_condition(DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE, "Index",
+                                       key_of(static_cast<std::uint32_t>(i)));
     ASSERT_NE(condition, nullptr);
     DDSWaitSet waitset;
     ASSERT_EQ(waitset.attach_condition(condition), DDS_RETCODE_OK);

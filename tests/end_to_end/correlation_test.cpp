@@ -10,58 +10,6 @@ namespace {
 
 class Correlation : public ServiceTest {};
 
-TEST_P(Correlation, AReplyReachesTheRequesterOfItsRequestAndNoOther) {
-  Requester one(requester_params()), other(requester_params());
-  const std::unique_ptr<Replier> replier = make_replier();
-  await_others(one, 1);
-  await_others(other, 1);
-  const DDS_SampleIdentity_t from_one = one.send("one"), from_other = other.send("other");
-  EXPECT_EQ(from_one.sequence_number, from_other.sequence_number) << "the numbers alone do not tell them apart";
-  replier->echo(2);
-  EXPECT_EQ(one.await(from_one), Strings{"re: one"});
-  EXPECT_EQ(other.await(from_other), Strings{"re: other"});
-  const DDS_SampleIdentity_t end = one.send("end");  // its reply comes after any that was misled
-  replier->echo(1);
-  EXPECT_EQ(one.await(end), Strings{"re: end"});
-  EXPECT_EQ(one.take(from_other), Strings{});
-  EXPECT_EQ(other.take(from_one), Strings{});
-}
-
-TEST_P(Correlation, OctetsTravelUnchangedInBothDirections) {
-  BasicRequester<OctetsType> requester(requester_params());
-  const std::unique_ptr<Replier> replier = make_replier({true});
-  await_others(requester, 1);
-  for (const std::size_t size : {0u, 1u, 1000u, 1000000u}) {
-    std::string payload(size, '\0');
-    for (std::size_t i = 0; i < size; ++i) { payload[i] = static_cast<char>(i % 251); }
-    const DDS_SampleIdentity_t request = requester.send(payload);
-    replier->echo(1, std::string("\0\xff", 2));
-    const Strings replies = requester.await(request);
-    ASSERT_EQ(replies.size(), 1u);
-    EXPECT_TRUE(replies[0] == std::string("\0\xff", 2) + payload) << size;
-  }
-}
-
-TEST_P(Correlation, FourRepliersAnswerEveryRequest) {
-  Requester requester(requester_params());
-  std::vector<std::unique_ptr<Replier>> repliers;
-  for (int i = 0; i < 4; ++i) { repliers.push_back(make_replier()); }
-  await_others(requester, 4);
-  constexpr int requests = 50;
-  std::vector<Thread> threads;
-  for (std::size_t i = 0; i < 4; ++i) {
-    threads.emplace_back([&, i] { repliers[i]->echo(requests, std::to_string(i) + ": "); });
-  }
-  std::vector<DDS_SampleIdentity_t> ids;
-  for (int i = 0; i < requests; ++i) { ids.push_back(requester.send(std::to_string(i))); }
-  for (int i = 0; i < requests; ++i) {
-    Strings replies = requester.await(ids[static_cast<std::size_t>(i)], 4);
-    std::sort(replies.begin(), replies.end());
-    const std::string text = std::to_string(i);
-    EXPECT_EQ(replies, (Strings{"0: " + text, "1: " + text, "2: " + text, "3: " + text}));
-  }
-}
-
 TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
   const int count = std::max(scaled(500), 50);
   std::vector<std::unique_ptr<Requester>> requesters;
@@ -70,6 +18,7 @@ TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
   for (const auto& requester : requesters) { await_others(*requester, 1); }
   std::vector<DDS_SampleIdentity_t> ids;
   for (int i = 0; i < count; ++i) { ids.push_back(requesters[static_cast<std::size_t>(i)]->send(std::to_string(i))); }
+  EXPECT_EQ(ids.front().sequence_number, ids.back().sequence_number) << "the numbers alone do not tell them apart";
   std::vector<Request> received = replier->receive(count, count);
   ASSERT_EQ(received.size(), static_cast<std::size_t>(count));
   std::reverse(received.begin(), received.end());
@@ -81,6 +30,46 @@ TEST_P(Correlation, ManyRequestersEachGetTheirOwn) {
     DDS_SampleInfoSeq infos;
     EXPECT_FALSE(requesters[i]->get_sample_loaned(&data, &left, infos, DDS_LENGTH_UNLIMITED, true, nullptr))
         << "its reader holds nothing of the others";
+  }
+}
+
+TEST_P(Correlation, RepliesThatTrickleInAreWaitedForAsLongAsAskedAndKeepTheirOrder) {
+  Requester requester(requester_params());
+  const std::unique_ptr<Replier> replier = make_replier();
+  await_others(requester, 1);
+  const DDS_SampleIdentity_t request = requester.send("question");
+  const Request received = replier->receive().at(0);
+  const DDS_SampleIdentity_t distraction = requester.send("another");
+  const Request other = replier->receive().at(0);
+  Strings sent;
+  for (int i = 0; i < 20; ++i) { sent.push_back(std::to_string(i)); }
+  Thread answering([&] {
+    for (const std::string& text : sent) {
+      replier->reply(received.identity, text);
+      replier->reply(other.identity, "distraction");
+      std::this_thread::yield();
+    }
+  });
+  EXPECT_TRUE(requester.wait_for_replies(DDS_DURATION_INFINITE, 20, request));
+  EXPECT_TRUE(requester.wait_for_replies(DDS_DURATION_ZERO, 20, request)) << "replies that were counted count again";
+  for (const DDS_Duration_t& max_wait : {DDS_DURATION_ZERO, DDS_Duration_t{-1, 0}, milliseconds(15)}) {
+    EXPECT_FALSE(requester.wait_for_replies(max_wait, 21, request));
+  }
+  EXPECT_FALSE(requester.wait_for_replies(milliseconds(15), DDS_LENGTH_UNLIMITED, request));
+  EXPECT_EQ(requester.take(request), sent) << "a wait takes nothing";
+  EXPECT_EQ(requester.await(distraction, 20).size(), 20u);
+}
+
+TEST_P(Correlation, PayloadsOfAnySizeTravelBothWays) {
+  Requester requester(requester_params());
+  const std::unique_ptr<Replier> replier = make_replier();
+  await_others(requester, 1);
+  for (const std::size_t size : {0u, 1u, 1000u, 1000000u}) {
+    std::string payload(size, 'a');
+    for (std::size_t i = 0; i < size; ++i) { payload[i] = static_cast<char>('a' + i % 23); }
+    const DDS_SampleIdentity_t request = requester.send(payload);
+    replier->echo(1);
+    EXPECT_TRUE(requester.await(request) == Strings{"re: " + payload}) << size;
   }
 }
 

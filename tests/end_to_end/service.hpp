@@ -7,10 +7,10 @@
 #include <requestreply/requestreply.hpp>
 
 #include "replier.hpp"
-#include "side.hpp"
+#include "strings.hpp"
 #include "support/dds_values.hpp"
 #include "support/thread.hpp"
-#include "text_types.hpp"
+#include "two_sides.hpp"
 
 namespace end_to_end {
 
@@ -19,16 +19,15 @@ using support::Thread;
 using Strings = std::vector<std::string>;
 
 /// A front end to a requester, as thin as a typed one.
-template <class Type>
-class BasicRequester : public zemtra::details::RequesterUntypedImpl {
+class Requester : public zemtra::details::RequesterUntypedImpl {
  public:
-  explicit BasicRequester(const zemtra::RequesterParams& params)
-      : RequesterUntypedImpl(params, &register_type<typename Type::TypeSupport>,
-                             &register_type<typename Type::TypeSupport>, Type::sample_size, false) {}
+  explicit Requester(const zemtra::RequesterParams& params)
+      : RequesterUntypedImpl(params, &register_strings, &register_strings, sizeof(char*), false) {}
 
   DDS_SampleIdentity_t send(const std::string& text) {
     DDS_WriteParams_t write_params;
-    Type::with_sample(text, [&](const void* sample) { send_sample(sample, write_params); });
+    const char* sample = text.c_str();
+    send_sample(&sample, write_params);
     return write_params.identity;
   }
   Strings take(const DDS_SampleIdentity_t& request) {
@@ -39,7 +38,7 @@ class BasicRequester : public zemtra::details::RequesterUntypedImpl {
     Strings result;
     for (int i = 0; i < count; ++i) {
       EXPECT_TRUE(infos[i].valid_data);
-      result.push_back(Type::text(data[i]));
+      result.push_back(text_of(data[i]));
     }
     if (count > 0) { return_loan(data, infos); }
     return result;
@@ -50,39 +49,13 @@ class BasicRequester : public zemtra::details::RequesterUntypedImpl {
     return take(request);
   }
 };
-using Requester = BasicRequester<StringType>;
 
-/// The two sides of the service "Calc" over the carrier under test.
-class ServiceTest : public ::testing::TestWithParam<support::Carrier> {
+class ServiceTest : public TwoSides {
  protected:
-  ServiceTest() {
-    if (GetParam().across_processes()) { replier_process_ = start_replier_process(support::own_domain()); }
-    if (GetParam().ends == support::Carrier::participant_each) { replier_side_ = make_side(); }
-    requester_side_ = make_side();
-  }
-
-  zemtra::RequesterParams requester_params() {
-    return zemtra::RequesterParams(requester_side_->get()).service_name("Calc");
-  }
+  zemtra::RequesterParams requester_params() { return zemtra::RequesterParams(participant()).service_name("Calc"); }
   std::unique_ptr<Replier> make_replier(const ReplierKind& kind = {}) {
-    if (replier_process_ != nullptr) { return create_replier(*replier_process_, kind); }
-    return create_replier((replier_side_ == nullptr ? requester_side_ : replier_side_)->get(), kind);
+    return make_other([&kind](auto&& where) { return create_replier(where, kind); });
   }
-  static int scaled(int count) { return GetParam().scaled(count); }
-
- private:
-  static std::unique_ptr<Side> make_side() {
-    auto side = std::make_unique<Side>(GetParam(), support::own_domain());
-    side->expect_topics_of("Calc");
-    return side;
-  }
-
-  std::unique_ptr<support::OtherProcess> replier_process_;
-  std::unique_ptr<Side> replier_side_;
-  std::unique_ptr<Side> requester_side_;
 };
-
-#define RUN_OVER_EVERY_CARRIER(suite) \
-  INSTANTIATE_TEST_SUITE_P(Over, suite, ::testing::ValuesIn(::support::carriers()), ::support::carrier_name)
 
 }  // namespace end_to_end

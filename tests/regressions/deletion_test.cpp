@@ -4,13 +4,15 @@
 #include <thread>
 #include <utility>
 
-#include "regressions/topics.hpp"
+#include "dds_behaviour/behaviour.hpp"
 
 namespace regressions {
 namespace {
 
-class Deletion : public TopicsOverCarrier {};
-class DeletionWithinAWrite : public ::testing::Test, protected Topics {};
+using namespace behaviour;
+
+using Deletion = OneTopicOver;
+using DeletionWithinAWrite = OneTopic;
 
 /// Once, lets something happen to the other reader, which the same write is going to tell next.
 struct MeddlingListener : DDSDataReaderListener {
@@ -23,19 +25,19 @@ struct MeddlingListener : DDSDataReaderListener {
 };
 
 TEST_F(DeletionWithinAWrite, AListenerMayDeleteOrSilenceAReaderThatTheSameWriteIsGoingToTellNext) {
-  auto* writer = make_writer(strings);
+  auto* writer = make_writer(topic);
   for (const bool deletes : {true, false}) {
     MeddlingListener listener;
     bool meddled = false;
-    listener.meddle = [&](DDSDataReader*& other) {
+    listener.meddle = [&](DDSDataReader*& next) {
       if (deletes) {
-        meddled = remove(std::exchange(other, nullptr)) == DDS_RETCODE_OK;
+        meddled = remove(std::exchange(next, nullptr)) == DDS_RETCODE_OK;
       } else {
-        other->set_listener(nullptr, DDS_STATUS_MASK_NONE);
-        meddled = (other->get_status_changes() & DDS_DATA_AVAILABLE_STATUS) != 0;  // it stays changed
+        next->set_listener(nullptr, DDS_STATUS_MASK_NONE);
+        meddled = (next->get_status_changes() & DDS_DATA_AVAILABLE_STATUS) != 0;  // it stays changed
       }
     };
-    for (DDSDataReader*& reader : listener.readers) { reader = make_reader(strings, reliable_reader_qos(), &listener); }
+    for (DDSDataReader*& reader : listener.readers) { reader = make_reader(topic, keep_all_reader(), &listener); }
     EXPECT_EQ(write(writer, "told once"), DDS_RETCODE_OK);
     EXPECT_TRUE(meddled);
     EXPECT_EQ(listener.calls, 1);
@@ -67,8 +69,8 @@ struct LendingListener : DDSDataReaderListener {
 
 TEST_P(Deletion, AReaderWhoseListenerIsAboutToReturnItsLoanIsDeletedWhenTheListenerHasReturned) {
   LendingListener listener;
-  DDSDataReader* reader = make_reader(strings, reliable_reader_qos(), &listener);
-  auto* writer = make_writer(strings);
+  DDSDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  auto* writer = make_writer(topic);
   Thread writing([&] { EXPECT_EQ(write(writer, "lent"), DDS_RETCODE_OK); });
   AWAIT_EQ(listener.lent.load(), 1);
   EXPECT_EQ(remove(reader), DDS_RETCODE_OK);
@@ -77,8 +79,8 @@ TEST_P(Deletion, AReaderWhoseListenerIsAboutToReturnItsLoanIsDeletedWhenTheListe
 TEST_P(Deletion, AReaderThatCannotBeDeletedForALoanGoesOnTellingItsListener) {
   LendingListener listener;
   listener.returns = false;
-  DDSStringDataReader* reader = make_reader(strings, reliable_reader_qos(), &listener);
-  auto* writer = make_writer(strings);
+  DDSStringDataReader* reader = make_reader(topic, keep_all_reader(), &listener);
+  auto* writer = make_writer(topic);
   EXPECT_EQ(write(writer, "lent"), DDS_RETCODE_OK);
   AWAIT_EQ(listener.done.load(), 1);
   EXPECT_EQ(remove(reader), DDS_RETCODE_PRECONDITION_NOT_MET);
@@ -93,8 +95,8 @@ TEST_P(Deletion, AReaderThatCannotBeDeletedForALoanGoesOnTellingItsListener) {
 TEST_P(Deletion, ThreadsMayReturnTheLastLoansOfADeletedWriterAtTheSameTime) {
   const int rounds = carrier().in_process() ? 200 : 20;
   for (int round = 0; round < rounds; ++round) {
-    auto* writer = make_writer(strings);
-    DDSStringDataReader* readers[2] = {make_reader(strings), make_reader(strings)};
+    auto* writer = make_writer(topic);
+    DDSStringDataReader* readers[2] = {make_reader(topic), make_reader(topic)};
     DDS_StringSeq samples[2];
     DDS_SampleInfoSeq infos[2];
     for (int i = 0; i < 2; ++i) {
@@ -117,9 +119,9 @@ TEST_P(Deletion, ThreadsMayReturnTheLastLoansOfADeletedWriterAtTheSameTime) {
       while (ready != 2) {}
       EXPECT_EQ(readers[i]->return_loan(samples[i], infos[i]), DDS_RETCODE_OK);
     };
-    Thread other([&] { give_back(1); });
+    Thread second([&] { give_back(1); });
     give_back(0);
-    other.join();
+    second.join();
     for (DDSDataReader* reader : readers) { ASSERT_EQ(remove(reader), DDS_RETCODE_OK); }
   }
 }

@@ -1,27 +1,16 @@
 // Counts every allocation from the heap, of all libraries.
 
 #include <gtest/gtest.h>
-#include <dds/builtin_types.hpp>
-#include <dds/domain_participant_factory.hpp>
-#include <requestreply/requestreply.hpp>
 
 #include "dds_behaviour/failing_allocation.hpp"
+#include "end_to_end/strings.hpp"
 
 namespace {
 
 using behaviour::allocation_count;
+using end_to_end::register_strings;
 using zemtra::details::ReplierUntypedImpl;
 using zemtra::details::RequesterUntypedImpl;
-
-const char* register_string(DDSTypeSupport* /*type_support*/, DDSDomainParticipant* participant) {
-  const char* name = DDSStringTypeSupport::get_type_name();
-  return DDSStringTypeSupport::register_type(participant, name) == DDS_RETCODE_OK ? name : nullptr;
-}
-
-class ReplierParams : public zemtra::details::EntityParams {
- public:
-  explicit ReplierParams(DDSDomainParticipant* participant) : EntityParams(participant) { service_name_ = "Calc"; }
-};
 
 constexpr DDS_Duration_t kLong{60, 0};
 constexpr const char* kText = "a text that is too long for a string object to hold it in place";
@@ -63,12 +52,11 @@ TEST(Allocation, DoesNotHappenInASteadyRoundTrip) {
   DDSDomainParticipant* participant =
       factory->create_participant(0, DDS_PARTICIPANT_QOS_DEFAULT, nullptr, DDS_STATUS_MASK_NONE);
   {
-    const ReplierParams replier_params(participant);
+    // The builder serves both roles here.
+    const auto params = zemtra::RequesterParams(participant).service_name("Calc");
     ReplierUntypedImpl replier;
-    replier.initialize(replier_params, register_string, register_string, sizeof(char*), nullptr, false);
-    zemtra::RequesterParams requester_params(participant);
-    RequesterUntypedImpl requester(requester_params.service_name("Calc"), register_string, register_string,
-                                   sizeof(char*), false);
+    replier.initialize(params, register_strings, register_strings, sizeof(char*), nullptr, false);
+    RequesterUntypedImpl requester(params, register_strings, register_strings, sizeof(char*), false);
     for (int i = 0; i < 1000; ++i) { round_trip(requester, replier); }
     const long before = allocation_count();
     for (int i = 0; i < 1000; ++i) { round_trip(requester, replier); }

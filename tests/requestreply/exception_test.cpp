@@ -1,12 +1,11 @@
-#include <gtest/gtest.h>
-#include <requestreply/exception.hpp>
-
 #include <type_traits>
 
+#include "requestreply/fixture.hpp"
 #include "support/vtable.hpp"
 
 namespace {
 
+using requestreply_test::thrown_by;
 using zemtra::LogicException;
 using zemtra::Rethrowable;
 using zemtra::RuntimeException;
@@ -27,15 +26,6 @@ using Exceptions =
                      zemtra::NotEnabledException, zemtra::ImmutablePolicyException, zemtra::InconsistentPolicyException,
                      zemtra::AlreadyDeletedException, zemtra::IllegalOperationException>;
 TYPED_TEST_SUITE(EveryException, Exceptions, );
-
-/// The class and the message of what `operation` throws.
-template <class Operation>
-std::pair<const std::type_info*, std::string> thrown_by(Operation operation) {
-  try {
-    operation();
-  } catch (const std::exception& ex) { return {&typeid(ex), ex.what()}; }
-  return {&typeid(void), "nothing thrown"};
-}
 
 TYPED_TEST(EveryException, IsCaughtAcrossTheLibrarysBorderByEachOfItsBasesAndNoOther) {
   EXPECT_FALSE((std::is_base_of_v<typename TestFixture::OtherStandard, TypeParam>));

@@ -18,7 +18,7 @@ class ExchangeFaults : public RequestReply {
   ExchangeFaults()
       : replier_(make_replier()),
         requester_(make_requester()),
-        pool_(Seam::get().pools.at(0).pool),
+        pool_(Seam::get().pools.at(0)),
         request_(send(*requester_, "request")) {}
 
   /// Runs `operation` while a call fails; expects the exception, one log line, and no condition or wait set lost.
@@ -28,13 +28,9 @@ class ExchangeFaults : public RequestReply {
     SCOPED_TRACE(std::string(support::name_of(fault.call)) + " " + std::to_string(fault.occurrence) + ", code " +
                  std::to_string(fault.retcode));
     begin(fault);
-    try {
-      operation();
-      ADD_FAILURE() << "no exception";
-    } catch (const std::exception& ex) {
-      EXPECT_EQ(typeid(ex), exception);
-      EXPECT_EQ(ex.what(), report(context, log_template, msg));
-    }
+    const auto [type, message] = thrown_by(operation);
+    EXPECT_EQ(*type, exception);
+    EXPECT_EQ(message, report(context, log_template, msg));
     EXPECT_THAT(log_.lines(),
                 ElementsAre(FailureLine("requestreply/Exception", context, support::filled(log_template, msg))));
     expect_nothing_lost();

@@ -143,20 +143,21 @@ class RequestReply : public ::testing::Test {
   std::unique_ptr<support::FaultyParticipant> participant_;
 };
 
-/// The exception that `operation` throws; fails the test when it throws none, or one of another class.
-template <class Exception, class Operation>
-std::string message_of(Operation operation) {
+/// The class of what `operation` throws, and its message.
+template <class Operation>
+std::pair<const std::type_info*, std::string> thrown_by(Operation operation) {
   try {
     operation();
-  } catch (const Exception& ex) {
-    EXPECT_EQ(typeid(ex), typeid(Exception)) << ex.what();
-    return ex.what();
-  } catch (const std::exception& ex) {
-    ADD_FAILURE() << "an exception of another class: " << ex.what();
-    return "";
-  }
-  ADD_FAILURE() << "no exception";
-  return "";
+  } catch (const std::exception& ex) { return {&typeid(ex), ex.what()}; }
+  return {&typeid(void), "nothing thrown"};
+}
+
+/// The message of the exception that `operation` throws; fails the test when it is of another class.
+template <class Exception, class Operation>
+std::string message_of(Operation operation) {
+  const auto [type, msg] = thrown_by(operation);
+  EXPECT_EQ(*type, typeid(Exception)) << msg;
+  return msg;
 }
 
 /// The message of an exception that a report with these arguments throws.

@@ -103,6 +103,8 @@ TEST_F(Lifecycle, GoesThroughThePublisherAndSubscriberThatAreGiven) {
 }
 
 TEST_F(Lifecycle, StartsWithNothingAndEndsWithNothingButTheTopics) {
+  { const EntityUntypedImpl never_initialized(true); }
+  EXPECT_THAT(Seam::get().trace(), IsEmpty());
   Open<EntityUntypedImpl> entity(false);
   EXPECT_TRUE(entity.get_datareader() == nullptr && entity.get_datawriter() == nullptr);
   EXPECT_EQ(entity.participant, nullptr);
@@ -133,15 +135,6 @@ TEST_F(Lifecycle, StartsWithNothingAndEndsWithNothingButTheTopics) {
 
   Seam::get().reset();
   entity.finalize();
-  EXPECT_THAT(Seam::get().trace(), IsEmpty());
-  EXPECT_THAT(log_.lines(), IsEmpty());
-}
-
-TEST_F(Lifecycle, OfAnEntityThatIsNeverInitializedTouchesNothing) {
-  {
-    const Open<EntityUntypedImpl> destroyed_at_once(true);
-    EXPECT_TRUE(destroyed_at_once.owns_reader_cft);
-  }
   EXPECT_THAT(Seam::get().trace(), IsEmpty());
   EXPECT_THAT(log_.lines(), IsEmpty());
 }

@@ -68,19 +68,6 @@ TEST_F(EntityContext, IsPutInFrontOfTheExceptionThatIsThrownAgain) {
   EXPECT_EQ(message_of<zemtra::NotEnabledException>([&] { replier->log_and_rethrow(exception_, "Class", "method"); }),
             "Class(CalcReply, CalcRequest)::method failure caused by M");
   EXPECT_EQ(log_.lines().size(), 2u);
-  const ReplierUntypedImpl without_writer;
-  EXPECT_EQ(
-      message_of<zemtra::NotEnabledException>([&] { without_writer.log_and_rethrow(exception_, "Class", "method"); }),
-      "Class::method failure caused by M");
-}
-
-TEST_F(EntityContext, IsNotLoggedWhenAMaskForbidsIt) {
-  DDSLog_g_instrumentationMask &= ~0x2u;
-  EXPECT_EQ(context(nullptr, nullptr), "Class::method failure");
-  DDSLog_g_instrumentationMask |= 0x2u;
-  DDSLog_g_submoduleMask &= ~0x10u;
-  EXPECT_EQ(context(nullptr, nullptr), "Class::method failure");
-  EXPECT_THAT(log_.lines(), ::testing::IsEmpty());
 }
 
 }  // namespace

@@ -166,20 +166,6 @@ TEST_F(Qos, OfAReaderLeavesNoSampleOfAVanishedWriterUnlessItSaysSo) {
   EXPECT_EQ(Seam::get().count(Call::add_property), 1);
 }
 
-TEST_F(Qos, OfTheCallerIsWhatTheEntityIsCreatedWith) {
-  DDS_DataWriterQos writer;
-  writer.history.kind = DDS_KEEP_LAST_HISTORY_QOS;
-  writer.history.depth = 3;
-  DDS_DataReaderQos reader;
-  reader.reader_resource_limits.max_samples_per_read = 11;
-  const auto requester = make_requester(requester_params().datawriter_qos(writer).datareader_qos(reader));
-  DDS_DataWriterQos created;
-  ASSERT_EQ(requester->writer->get_qos(created), DDS_RETCODE_OK);
-  EXPECT_EQ(created.history.kind, DDS_KEEP_LAST_HISTORY_QOS);
-  EXPECT_EQ(created.history.depth, 3);
-  EXPECT_EQ(requester->max_samples_per_read, 11);
-}
-
 TEST_F(Qos, OfAnUnknownProfileIsReportedWithTheRoleNameAlreadySet) {
   const auto params = requester_params().qos_profile("no such library", "P");
   DDS_DataWriterQos writer;

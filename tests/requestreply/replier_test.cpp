@@ -98,13 +98,6 @@ TEST_F(Replier, ReadsAnApplicationsFilteredTopicUnderTheRequestTopicsName) {
   EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK) << "the replier has not deleted it";
 }
 
-TEST_F(Replier, RefusesAFilteredTopicUnderTheReplyTopicsName) {
-  DDSContentFilteredTopic* filtered = make_filtered_topic("CalcReply", make_topic("related"));
-  EXPECT_THAT(message_of<zemtra::PreconditionNotMetException>([&] { make_replier(); }),
-              ::testing::HasSubstr("a content-filtered topic with the name already exists (CalcReply)"));
-  EXPECT_EQ(participant_->delete_contentfilteredtopic(filtered), DDS_RETCODE_OK);
-}
-
 TEST_F(Replier, TakesExplicitTopicNames) {
   OpenParams params = replier_params();
   params.service_name_ = "";

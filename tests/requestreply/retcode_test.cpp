@@ -1,12 +1,11 @@
-#include <gmock/gmock.h>
-#include <requestreply/exception.hpp>
-
 #include <array>
 
-#include "support/log_recorder.hpp"
+#include "requestreply/fixture.hpp"
 
 namespace {
 
+using requestreply_test::FailureLine;
+using requestreply_test::thrown_by;
 using support::LogRecorder;
 using zemtra::check_retcode;
 
@@ -31,15 +30,6 @@ const Mapping kMappings[] = {{0, &typeid(zemtra::RuntimeException)},
                              {2147483647, &typeid(zemtra::RuntimeException)},
                              {-1, &typeid(zemtra::RuntimeException)}};
 
-/// The class of what `operation` throws, and its message.
-template <class Operation>
-std::pair<const std::type_info*, std::string> thrown_by(Operation operation) {
-  try {
-    operation();
-  } catch (const std::exception& ex) { return {&typeid(ex), ex.what()}; }
-  return {&typeid(void), "nothing thrown"};
-}
-
 TEST(Retcodes, AreThrownAsTheirClassWithTheMessageAsItIsOrCheckedWithOneLogLine) {
   for (const Mapping& mapping : kMappings) {
     SCOPED_TRACE(mapping.retcode);
@@ -58,12 +48,8 @@ TEST(Retcodes, AreThrownAsTheirClassWithTheMessageAsItIsOrCheckedWithOneLogLine)
     EXPECT_EQ(msg, "EntityParams::validate:" + text);
     ASSERT_EQ(log.lines().size(), 1u);
     const support::LogLine line = log.lines()[0];
-    EXPECT_EQ(line.level, 2);
-    EXPECT_EQ(line.file.rfind("requestreply/Exception", 0), 0u) << line.file;
-    EXPECT_GT(line.line, 0);
-    EXPECT_EQ(line.context, "EntityParams::validate");
+    EXPECT_THAT(line, FailureLine("requestreply/Exception", "EntityParams::validate", text));
     EXPECT_EQ(line.log_template, &DDS_LOG_BAD_PARAMETER_s);
-    EXPECT_EQ(line.text, text);
   }
 }
 

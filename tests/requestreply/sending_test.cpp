@@ -7,14 +7,23 @@ using ::testing::ElementsAre;
 
 class Sending : public RequestReply {};
 
-TEST_F(Sending, LetsTheMiddlewareChooseTheIdentityAndLeavesItWithTheCaller) {
+TEST_F(Sending, LetsTheMiddlewareChooseTheIdentityWhichStaysWithTheCallerAndPassesEverythingElseOn) {
+  const auto replier = make_replier();
   const auto requester = make_requester();
   const char* sample = "request";
   DDS_WriteParams_t params;
   params.identity = {{{1, 2, 3}}, {4, 5}};
+  params.related_sample_identity = {{{9, 8, 7}}, {6, 5}};
+  params.source_timestamp = {1700000000, 42};
   requester->send_sample(&sample, params);
-  ASSERT_EQ(Seam::get().writes.size(), 1u);
-  EXPECT_TRUE(Seam::get().writes[0].identity == DDS_AUTO_SAMPLE_IDENTITY);
+  EXPECT_TRUE(Seam::get().writes.at(0).identity == DDS_AUTO_SAMPLE_IDENTITY);
+  EXPECT_TRUE((Seam::get().writes.at(0).related_sample_identity == DDS_SampleIdentity_t{{{9, 8, 7}}, {6, 5}}));
+  Loan loan(*replier);
+  ASSERT_TRUE(replier->receive_sample_loaned(&loan.data, &loan.count, loan.infos, 1, kLong, 1));
+  EXPECT_THAT(loan.texts(), ElementsAre("request"));
+  EXPECT_TRUE(loan.infos[0].related_sample_identity == params.related_sample_identity);
+  EXPECT_TRUE(loan.infos[0].sample_identity == params.identity);
+  EXPECT_TRUE(loan.infos[0].source_timestamp == params.source_timestamp);
 
   DDS_DataWriterQos qos;
   ASSERT_EQ(requester->writer->get_qos(qos), DDS_RETCODE_OK);
@@ -22,23 +31,6 @@ TEST_F(Sending, LetsTheMiddlewareChooseTheIdentityAndLeavesItWithTheCaller) {
   const DDS_SampleIdentity_t first = params.identity;
   requester->send_sample(&sample, params);
   EXPECT_FALSE(params.identity == first);
-}
-
-TEST_F(Sending, PassesEverythingElseOnAsItIs) {
-  const auto replier = make_replier();
-  const auto requester = make_requester();
-  const char* sample = "request";
-  DDS_WriteParams_t params;
-  params.related_sample_identity = {{{9, 8, 7}}, {6, 5}};
-  params.source_timestamp = {1700000000, 42};
-  requester->send_sample(&sample, params);
-  EXPECT_TRUE(Seam::get().writes.at(0).related_sample_identity == params.related_sample_identity);
-  Loan loan(*replier);
-  ASSERT_TRUE(replier->receive_sample_loaned(&loan.data, &loan.count, loan.infos, 1, kLong, 1));
-  EXPECT_THAT(loan.texts(), ElementsAre("request"));
-  EXPECT_TRUE(loan.infos[0].related_sample_identity == params.related_sample_identity);
-  EXPECT_TRUE(loan.infos[0].sample_identity == params.identity);
-  EXPECT_TRUE(loan.infos[0].source_timestamp == params.source_timestamp);
 }
 
 TEST_F(Sending, ReportsASampleThatCannotBeWritten) {

@@ -65,12 +65,10 @@ struct FaultyEntities {
   Wrappers<FaultyReader, DDSDataReader> readers;
 };
 
-class FaultyPublisher final : public DDSPublisher {
+class FaultyPublisher final : public Wrapping<DDSPublisher> {
  public:
   FaultyPublisher(DDSPublisher& real, DDSDomainParticipant& participant, FaultyEntities& entities)
-      : real_(real), participant_(participant), entities_(entities) {}
-
-  DDSPublisher* real() { return &real_; }
+      : Wrapping(real), participant_(participant), entities_(entities) {}
 
   DDSDomainParticipant* get_participant() override { return &participant_; }
   DDSDataWriter* create_datawriter(DDSTopic* topic, const DDS_DataWriterQos& qos, DDSDataWriterListener* listener,
@@ -80,22 +78,16 @@ class FaultyPublisher final : public DDSPublisher {
   DDS_ReturnCode_t delete_datawriter(DDSDataWriter* writer) override {
     return entities_.delete_datawriter("publisher", real_, writer);
   }
-  DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
-  DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }
-  DDS_InstanceHandle_t get_instance_handle() override { return real_.get_instance_handle(); }
 
  private:
-  DDSPublisher& real_;
   DDSDomainParticipant& participant_;
   FaultyEntities& entities_;
 };
 
-class FaultySubscriber final : public DDSSubscriber {
+class FaultySubscriber final : public Wrapping<DDSSubscriber> {
  public:
   FaultySubscriber(DDSSubscriber& real, DDSDomainParticipant& participant, FaultyEntities& entities)
-      : real_(real), participant_(participant), entities_(entities) {}
-
-  DDSSubscriber* real() { return &real_; }
+      : Wrapping(real), participant_(participant), entities_(entities) {}
 
   DDSDomainParticipant* get_participant() override { return &participant_; }
   DDSDataReader* create_datareader(DDSTopicDescription* topic, const DDS_DataReaderQos& qos,
@@ -105,21 +97,17 @@ class FaultySubscriber final : public DDSSubscriber {
   DDS_ReturnCode_t delete_datareader(DDSDataReader* reader) override {
     return entities_.delete_datareader("subscriber", real_, reader);
   }
-  DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
-  DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }
-  DDS_InstanceHandle_t get_instance_handle() override { return real_.get_instance_handle(); }
 
  private:
-  DDSSubscriber& real_;
   DDSDomainParticipant& participant_;
   FaultyEntities& entities_;
 };
 
 /// Passes everything on to a real participant; what the request-reply library calls may fail by plan. Writers, readers,
 /// publishers and subscribers that it creates are wrapped as well; topics are not.
-class FaultyParticipant final : public DDSDomainParticipant {
+class FaultyParticipant final : public Wrapping<DDSDomainParticipant> {
  public:
-  explicit FaultyParticipant(DDSDomainParticipant& real) : real_(real) {}
+  using Wrapping::Wrapping;
 
   /// The names of the topics and of the content-filtered topics that were created.
   std::vector<std::string> created_topics;
@@ -164,46 +152,26 @@ class FaultyParticipant final : public DDSDomainParticipant {
   DDS_ReturnCode_t get_default_datareader_qos(DDS_DataReaderQos& qos, const char* topic_name) override;
   DDS_ReturnCode_t get_current_time(DDS_Time_t& time) override;
 
-  DDS_DomainId_t get_domain_id() override { return real_.get_domain_id(); }
-  DDS_ReturnCode_t get_transport_statistics(DDS_TransportStatistics& statistics) override {
-    return real_.get_transport_statistics(statistics);
-  }
-  DDS_ReturnCode_t register_type(const char* type_name, const DDS_TypePlugin& plugin) override {
-    return real_.register_type(type_name, plugin);
-  }
-  DDS_ReturnCode_t delete_topic(DDSTopic* topic) override { return real_.delete_topic(topic); }
+  PASS_ON_0(DDS_DomainId_t, get_domain_id);
+  PASS_ON_1(get_transport_statistics, DDS_TransportStatistics&);
+  PASS_ON_2(register_type, const char*, const DDS_TypePlugin&);
+  PASS_ON_1(delete_topic, DDSTopic*);
   DDSTopicDescription* lookup_topicdescription(const char* name) override {
     return real_.lookup_topicdescription(name);
   }
-  DDSPublisher* get_implicit_publisher() override { return real_.get_implicit_publisher(); }
-  DDSSubscriber* get_implicit_subscriber() override { return real_.get_implicit_subscriber(); }
-  DDS_ReturnCode_t delete_contained_entities() override { return real_.delete_contained_entities(); }
-  DDS_ReturnCode_t get_default_topic_qos(DDS_TopicQos& qos) override { return real_.get_default_topic_qos(qos); }
-  DDS_ReturnCode_t set_default_topic_qos(const DDS_TopicQos& qos) override { return real_.set_default_topic_qos(qos); }
-  DDS_ReturnCode_t get_default_datawriter_qos(DDS_DataWriterQos& qos) override {
-    return real_.get_default_datawriter_qos(qos);
-  }
-  DDS_ReturnCode_t set_default_datawriter_qos(const DDS_DataWriterQos& qos) override {
-    return real_.set_default_datawriter_qos(qos);
-  }
-  DDS_ReturnCode_t get_default_datareader_qos(DDS_DataReaderQos& qos) override {
-    return real_.get_default_datareader_qos(qos);
-  }
-  DDS_ReturnCode_t set_default_datareader_qos(const DDS_DataReaderQos& qos) override {
-    return real_.set_default_datareader_qos(qos);
-  }
-  DDS_ReturnCode_t set_default_datawriter_qos(const DDS_DataWriterQos& qos, const char* topic_pattern) override {
-    return real_.set_default_datawriter_qos(qos, topic_pattern);
-  }
-  DDS_ReturnCode_t set_default_datareader_qos(const DDS_DataReaderQos& qos, const char* topic_pattern) override {
-    return real_.set_default_datareader_qos(qos, topic_pattern);
-  }
-  DDSStatusCondition* get_statuscondition() override { return real_.get_statuscondition(); }
-  DDS_StatusMask get_status_changes() override { return real_.get_status_changes(); }
-  DDS_InstanceHandle_t get_instance_handle() override { return real_.get_instance_handle(); }
+  PASS_ON_0(DDSPublisher*, get_implicit_publisher);
+  PASS_ON_0(DDSSubscriber*, get_implicit_subscriber);
+  PASS_ON_0(DDS_ReturnCode_t, delete_contained_entities);
+  PASS_ON_1(get_default_topic_qos, DDS_TopicQos&);
+  PASS_ON_1(set_default_topic_qos, const DDS_TopicQos&);
+  PASS_ON_1(get_default_datawriter_qos, DDS_DataWriterQos&);
+  PASS_ON_1(set_default_datawriter_qos, const DDS_DataWriterQos&);
+  PASS_ON_1(get_default_datareader_qos, DDS_DataReaderQos&);
+  PASS_ON_1(set_default_datareader_qos, const DDS_DataReaderQos&);
+  PASS_ON_2(set_default_datawriter_qos, const DDS_DataWriterQos&, const char*);
+  PASS_ON_2(set_default_datareader_qos, const DDS_DataReaderQos&, const char*);
 
  private:
-  DDSDomainParticipant& real_;
   FaultyEntities entities_;
   Wrappers<FaultyPublisher, DDSPublisher> publishers_;
   Wrappers<FaultySubscriber, DDSSubscriber> subscribers_;

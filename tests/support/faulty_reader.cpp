@@ -17,8 +17,6 @@ DDSDataReader* FaultyReadCondition::get_datareader() {
   return Seam::get().enter(Call::get_condition_reader, "condition.get_datareader") ? nullptr : &reader_;
 }
 
-FaultyReader::~FaultyReader() = default;
-
 DDSTopicDescription* FaultyReader::get_topicdescription() {
   if (Seam::get().enter(Call::get_reader_topicdescription, "reader.get_topicdescription")) { return nullptr; }
   return real_.get_topicdescription();

@@ -5,8 +5,10 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -15,7 +17,8 @@
 namespace support {
 
 /// Values one behind the other: a command to the other process, or its answer. Both run the same program, so that
-/// values travel as they lie in memory. They are got as what they were put as, in that order.
+/// values travel as they lie in memory, or by the references to its `fields()` where that is not possible. They are got
+/// as what they were put as, in that order.
 class Packet {
  public:
   Packet() = default;
@@ -30,8 +33,12 @@ class Packet {
 
   template <class T>
   void put(const T& value) {
-    static_assert(std::is_trivially_copyable_v<T> && !std::is_pointer_v<T>);
-    octets_.append(reinterpret_cast<const char*>(&value), sizeof value);
+    if constexpr (std::is_trivially_copyable_v<T>) {
+      static_assert(!std::is_pointer_v<T>);
+      octets_.append(reinterpret_cast<const char*>(&value), sizeof value);
+    } else {
+      std::apply([this](const auto&... fields) { (this->put(fields), ...); }, T(value).fields());
+    }
   }
   void put(const std::string& text) {
     put(text.size());
@@ -42,21 +49,17 @@ class Packet {
     put(values.size());
     for (const T& value : values) { put(value); }
   }
+  template <class T>
+  void put(const std::optional<T>& value) {
+    put(value.has_value());
+    if (value) { put(*value); }
+  }
 
   template <class T>
   T get() {
-    if constexpr (std::is_same_v<T, std::string>) {
-      const std::size_t size = get<std::size_t>();
-      return std::string(next(size), size);
-    } else if constexpr (std::is_trivially_copyable_v<T>) {
-      T value;
-      std::memcpy(&value, next(sizeof value), sizeof value);
-      return value;
-    } else {
-      T values(get<std::size_t>());
-      for (auto& value : values) { value = get<typename T::value_type>(); }
-      return values;
-    }
+    T value{};
+    get_into(value);
+    return value;
   }
 
   /// Whether everything has been got.
@@ -64,6 +67,27 @@ class Packet {
   const std::string& octets() const { return octets_; }
 
  private:
+  template <class T>
+  void get_into(T& value) {
+    if constexpr (std::is_trivially_copyable_v<T>) {
+      std::memcpy(&value, next(sizeof value), sizeof value);
+    } else {
+      std::apply([this](auto&... fields) { (this->get_into(fields), ...); }, value.fields());
+    }
+  }
+  void get_into(std::string& text) {
+    const std::size_t size = get<std::size_t>();
+    text.assign(next(size), size);
+  }
+  template <class T>
+  void get_into(std::vector<T>& values) {
+    values.resize(get<std::size_t>());
+    for (T& value : values) { get_into(value); }
+  }
+  template <class T>
+  void get_into(std::optional<T>& value) {
+    if (get<bool>()) { get_into(value.emplace()); }
+  }
   const char* next(std::size_t size) {
     if (size > octets_.size() - position_) { throw std::out_of_range("the packet has no such value"); }
     position_ += size;

@@ -2,46 +2,18 @@
 
 #include <algorithm>
 #include <new>
+#include <sstream>
 
 namespace support {
 
-const char* name_of(Call call) {
-  static constexpr const char* names[] = {"create_topic",
-                                          "create_contentfilteredtopic",
-                                          "delete_contentfilteredtopic",
-                                          "create_datawriter",
-                                          "delete_datawriter",
-                                          "create_datareader",
-                                          "delete_datareader",
-                                          "get_default_datawriter_qos",
-                                          "get_default_datareader_qos",
-                                          "get_current_time",
-                                          "get_profile_datawriter_qos",
-                                          "get_profile_datareader_qos",
-                                          "copy_datawriter_qos",
-                                          "copy_datareader_qos",
-                                          "duplicate_string",
-                                          "add_property",
-                                          "get_writer_qos",
-                                          "get_writer_topic",
-                                          "get_reader_topicdescription",
-                                          "create_readcondition",
-                                          "delete_readcondition",
-                                          "create_index",
-                                          "create_index_condition",
-                                          "get_condition_reader",
-                                          "attach_condition",
-                                          "detach_condition",
-                                          "wait",
-                                          "write",
-                                          "read_or_take",
-                                          "return_loan",
-                                          "create_pool",
-                                          "get_pool_buffer",
-                                          "return_pool_buffer",
-                                          "delete_pool"};
-  static_assert(sizeof(names) / sizeof(names[0]) == static_cast<std::size_t>(Call::delete_pool) + 1);
-  return names[static_cast<std::size_t>(call)];
+#define SUPPORT_TEXT(...) #__VA_ARGS__
+#define SUPPORT_TEXT_OF(list) SUPPORT_TEXT(list)
+
+std::string name_of(Call call) {
+  std::istringstream names(SUPPORT_TEXT_OF(SUPPORT_CALLS));
+  std::string name;
+  for (int i = 0; i <= static_cast<int>(call); ++i) { names >> name; }
+  return name.substr(0, name.find(','));
 }
 
 Seam& Seam::get() {
@@ -94,21 +66,6 @@ int Seam::count(Call call) const {
   const std::lock_guard<std::mutex> lock(mutex_);
   return static_cast<int>(
       std::count_if(calls_.begin(), calls_.end(), [call](const auto& entry) { return entry.first == call; }));
-}
-
-void Seam::note(const ReadArguments& arguments) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  reads.push_back(arguments);
-}
-
-void Seam::note(const DDS_WriteParams_t& params) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  writes.push_back(params);
-}
-
-void Seam::note(const DDS_Duration_t& wait_timeout) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  wait_timeouts.push_back(wait_timeout);
 }
 
 }  // namespace support

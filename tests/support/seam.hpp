@@ -11,45 +11,19 @@
 
 namespace support {
 
+// The last two cannot fail; they are only noted.
+#define SUPPORT_CALLS                                                                                                 \
+  create_topic, create_contentfilteredtopic, delete_contentfilteredtopic, create_datawriter, delete_datawriter,       \
+      create_datareader, delete_datareader, get_default_datawriter_qos, get_default_datareader_qos, get_current_time, \
+      get_profile_datawriter_qos, get_profile_datareader_qos, copy_datawriter_qos, copy_datareader_qos,               \
+      duplicate_string, add_property, get_writer_qos, get_writer_topic, get_reader_topicdescription,                  \
+      create_readcondition, delete_readcondition, create_index, create_index_condition, get_condition_reader,         \
+      attach_condition, detach_condition, wait, write, read_or_take, return_loan, create_pool, get_pool_buffer,       \
+      return_pool_buffer, delete_pool
+
 /// A call of the request-reply library into the DDS layer that can be made to fail.
-enum class Call {
-  create_topic,
-  create_contentfilteredtopic,
-  delete_contentfilteredtopic,
-  create_datawriter,
-  delete_datawriter,
-  create_datareader,
-  delete_datareader,
-  get_default_datawriter_qos,
-  get_default_datareader_qos,
-  get_current_time,
-  get_profile_datawriter_qos,
-  get_profile_datareader_qos,
-  copy_datawriter_qos,
-  copy_datareader_qos,
-  duplicate_string,
-  add_property,
-  get_writer_qos,
-  get_writer_topic,
-  get_reader_topicdescription,
-  create_readcondition,
-  delete_readcondition,
-  create_index,
-  create_index_condition,
-  get_condition_reader,
-  attach_condition,
-  detach_condition,
-  wait,
-  write,
-  read_or_take,
-  return_loan,
-  create_pool,
-  get_pool_buffer,
-  // These two cannot fail; they are only noted.
-  return_pool_buffer,
-  delete_pool
-};
-const char* name_of(Call call);
+enum class Call { SUPPORT_CALLS };
+std::string name_of(Call call);
 
 /// How a call fails instead of being carried out. A call that returns an object returns null whatever the code.
 struct Fault {
@@ -65,17 +39,6 @@ struct ReadArguments {
   void* copy_buffer;
   int sample_size, max_samples;
   bool take;
-};
-
-struct PoolArguments {
-  MORAFastBufferPool* pool;
-  std::size_t buffer_size, alignment;
-  MORAFastBufferPoolInitialize initialize;
-  MORAFastBufferPoolFinalize finalize;
-  void *initialize_param, *finalize_param;
-  MORAFastBufferPoolProperty property;
-  std::string name;
-  int initialize_once;
 };
 
 /// What lies between the library and the DDS layer: which calls came, with which arguments, and which of them fail.
@@ -102,10 +65,12 @@ class Seam {
   std::function<std::optional<DDS_ReturnCode_t>(DDSWaitSet&)> on_wait;
   std::vector<ReadArguments> reads;
   std::vector<DDS_WriteParams_t> writes;  ///< as they came in
-  std::vector<PoolArguments> pools;
-  void note(const ReadArguments& arguments);
-  void note(const DDS_WriteParams_t& params);
-  void note(const DDS_Duration_t& wait_timeout);
+  std::vector<MORAFastBufferPool*> pools;
+  template <class T>
+  void note(std::vector<T> Seam::*all, const typename std::vector<T>::value_type& value) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    (this->*all).push_back(value);
+  }
 
  private:
   struct Planned {

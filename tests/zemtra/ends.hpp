@@ -3,12 +3,14 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <zemtra/zemtra.hpp>
 
-#include "support/other_process.hpp"
+#include "end_to_end/remote.hpp"
 
 namespace typed {
 
@@ -20,6 +22,7 @@ struct Answer {
   int asker;
   int number;
   std::string text;
+  auto fields() { return std::tie(asker, number, text); }
 };
 inline Answer answer(const Question& question, const std::string& text = "") {
   return {question.asker, question.number, text};
@@ -39,22 +42,21 @@ struct ReplierKind {
   DDS_ReliabilityQosPolicyKind offered = DDS_RELIABLE_RELIABILITY_QOS;
 };
 
-/// The replier where requesters are tested, whichever process it lives in.
-class OtherReplier {
+/// The replier where requesters are tested, whichever process it lives in. One that is not of the front `typed` is only
+/// there, or serves by itself.
+class OtherReplier : public end_to_end::Object {
  public:
-  virtual ~OtherReplier() = default;
-  virtual int matched_requesters() = 0;
-  virtual std::string explain() = 0;
+  virtual int matched_requesters() { throw std::logic_error("not asked of this one"); }
+  virtual std::string explain() { throw std::logic_error("not asked of this one"); }
   /// Sends replies with these texts to the next request that comes.
-  virtual void reply_to_next(const Texts& texts) = 0;
+  virtual void reply_to_next(const Texts& /*texts*/) { throw std::logic_error("not asked of this one"); }
   /// Replies to `count` requests, with this text.
-  virtual void serve(int count, const std::string& text) = 0;
+  virtual void serve(int /*count*/, const std::string& /*text*/) { throw std::logic_error("not asked of this one"); }
 };
 
 /// The requester where repliers are tested, whichever process it lives in. All functions wait as long as it takes.
-class OtherRequester {
+class OtherRequester : public end_to_end::Object {
  public:
-  virtual ~OtherRequester() = default;
   /// Until it has met exactly so many repliers.
   virtual void await_repliers(int count) = 0;
   virtual Answer call(const Question& question) = 0;
@@ -70,7 +72,5 @@ std::unique_ptr<OtherReplier> create_replier(DDSDomainParticipant* participant, 
 std::unique_ptr<OtherReplier> create_replier(support::OtherProcess& process, const ReplierKind& kind);
 std::unique_ptr<OtherRequester> create_requester(DDSDomainParticipant* participant);
 std::unique_ptr<OtherRequester> create_requester(support::OtherProcess& process);
-/// Starts a process with a participant for such ends.
-std::unique_ptr<support::OtherProcess> start_other_end(DDS_DomainId_t domain);
 
 }  // namespace typed

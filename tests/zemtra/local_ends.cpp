@@ -31,15 +31,7 @@ class TypedReplier : public OtherReplier {
   zemtra::Replier<Question, Answer> replier_;
 };
 
-/// Only there, or served by itself.
-class PassiveReplier : public OtherReplier {
-  int matched_requesters() override { throw std::logic_error("not asked of this one"); }
-  std::string explain() override { throw std::logic_error("not asked of this one"); }
-  void reply_to_next(const Texts& /*texts*/) override { throw std::logic_error("not asked of this one"); }
-  void serve(int /*count*/, const std::string& /*text*/) override { throw std::logic_error("not asked of this one"); }
-};
-
-class UntypedReplier : public PassiveReplier {
+class UntypedReplier : public OtherReplier {
  public:
   explicit UntypedReplier(const zemtra::ReplierParams& params) {
     replier_.initialize(params, &zemtra::dds_type_traits<Question>::register_type,
@@ -50,7 +42,7 @@ class UntypedReplier : public PassiveReplier {
   zemtra::details::ReplierUntypedImpl replier_;
 };
 
-class HandlingReplier : public PassiveReplier {
+class HandlingReplier : public OtherReplier {
  public:
   explicit HandlingReplier(const zemtra::ReplierParams& params)
       : replier_(params, [](const Question& question) { return answer(question, "handled"); }) {}

@@ -9,10 +9,12 @@
 namespace typed {
 namespace {
 
-class TypedReplier : public TypedService {};
+class TypedReplier : public TypedService {
+ protected:
+  const std::unique_ptr<OtherRequester> requester = make_other_requester();
+};
 
 TEST_P(TypedReplier, AnswersARequestInEveryWayAlsoLaterAndFromAnotherThread) {
-  const std::unique_ptr<OtherRequester> requester = make_other_requester();
   Replier replier = make_replier();
   ASSERT_TRUE(replier.wait_for_requesters(kLong));
   requester->await_repliers(1);
@@ -41,7 +43,6 @@ TEST_P(TypedReplier, AnswersARequestInEveryWayAlsoLaterAndFromAnotherThread) {
 }
 
 TEST_P(TypedReplier, HandlerReturnsTheReplyOrSendsSeveralAlsoLater) {
-  const std::unique_ptr<OtherRequester> requester = make_other_requester();
   {
     const auto returning = make_handler_replier([](const Question& question) { return answer(question, "returned"); });
     requester->await_repliers(1);
@@ -74,7 +75,6 @@ TEST_P(TypedReplier, ExceptionOfAHandlerIsLoggedAndMayStillBeAnswered) {
       sink.send({0, 0, std::string("sorry: ") + known.what()});
     }  // and what it does not know leaves it
   };
-  const std::unique_ptr<OtherRequester> requester = make_other_requester();
   const auto replier = make_handler_replier(handler, HandlerReplier::ErrorHandler(on_error));
   requester->await_repliers(1);
   EXPECT_EQ(requester->call({1, 1}).text, "sorry: no idea");
@@ -87,7 +87,6 @@ TEST_P(TypedReplier, ExceptionOfAHandlerIsLoggedAndMayStillBeAnswered) {
 }
 
 TEST_P(TypedReplier, HandlerGetsAllRequestsThatWaitHoweverFewOneReadGives) {
-  const std::unique_ptr<OtherRequester> requester = make_other_requester();
   DDS_DataReaderQos qos = zemtra::request_reply_datareader_qos(participant(), "CalcRequest");
   EXPECT_EQ(qos.subscription_name.role_name, nullptr);
   qos.reader_resource_limits.max_samples_per_read = 3;
@@ -113,7 +112,6 @@ TEST_P(TypedReplier, HandlersThatCallOtherServicesAnswer) {
   // another.
   const std::unique_ptr<end_to_end::Side> inner_side = make_side("Inner");
   expect_topics("Inner");
-  const std::unique_ptr<OtherRequester> requester = make_other_requester();
   zemtra::Requester<std::string, std::string> inner(participant(), "Inner");
   const zemtra::HandlerReplier<std::string, std::string> echo(
       (GetParam().in_process() ? participant() : inner_side->get()), "Inner",
@@ -125,7 +123,9 @@ TEST_P(TypedReplier, HandlersThatCallOtherServicesAnswer) {
   EXPECT_EQ(requester->call({1, 5}).text, "inner 5");
 }
 
-TEST_P(TypedReplier, BuiltInTypesTravelThroughTheFrontEnds) {
+using BuiltInTypes = TypedService;
+
+TEST_P(BuiltInTypes, TravelThroughTheFrontEnds) {
   const DDS_KeyedString request{const_cast<char*>("key"), const_cast<char*>("value")};
   zemtra::Requester<DDS_KeyedString, DDS_Octets> requester(others_participant(), "Calc");
   const zemtra::HandlerReplier<DDS_KeyedString, DDS_Octets> replier(
@@ -139,6 +139,7 @@ TEST_P(TypedReplier, BuiltInTypesTravelThroughTheFrontEnds) {
 }
 
 RUN_OVER_EVERY_CARRIER(TypedReplier);
+RUN_OVER_EVERY_CARRIER(BuiltInTypes);
 
 }  // namespace
 }  // namespace typed

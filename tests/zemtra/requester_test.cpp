@@ -10,18 +10,19 @@ namespace {
 
 class TypedRequester : public TypedService {
  protected:
+  void SetUp() override { ASSERT_TRUE(requester.wait_for_service(kLong)); }
   template <class Replies>
   static Texts texts(Replies&& replies) {
     Texts result;
     for (const auto& reply : replies) { result.push_back(reply.data().text); }
     return result;
   }
+
+  Requester requester = make_requester();
+  const std::unique_ptr<OtherReplier> replier = make_other_replier();
 };
 
 TEST_P(TypedRequester, CallReturnsTheFirstReplyAndThrowsTheOthersAway) {
-  Requester requester = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   Thread answering([&] {
     replier->reply_to_next({"first", "second"});
     replier->reply_to_next({"last"});
@@ -37,9 +38,6 @@ TEST_P(TypedRequester, CallReturnsTheFirstReplyAndThrowsTheOthersAway) {
 }
 
 TEST_P(TypedRequester, CallThatTimesOutSaysSoAndLateRepliesAreCountedAndGone) {
-  Requester requester = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   EXPECT_THROW(requester.call({1, 2}, 1ms), zemtra::TimeoutException);
   EXPECT_THROW(requester.call({1, 3}, DDS_DURATION_ZERO), zemtra::TimeoutException);
   replier->reply_to_next({"too late", "later still"});
@@ -48,9 +46,6 @@ TEST_P(TypedRequester, CallThatTimesOutSaysSoAndLateRepliesAreCountedAndGone) {
 }
 
 TEST_P(TypedRequester, PendingRequestHandsOutRepliesAsTheyComeUntilACountAPredicateOrTheDeadline) {
-  Requester requester = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   auto pending = requester.send({1, 1}, kLong);
   replier->reply_to_next({"a", "b", "c", "d", "stop", "e"});
   EXPECT_EQ(texts(pending.replies(0)), Texts{});
@@ -70,9 +65,6 @@ TEST_P(TypedRequester, PendingRequestHandsOutRepliesAsTheyComeUntilACountAPredic
 }
 
 TEST_P(TypedRequester, DroppedPendingRequestTakesItsRepliesWithItAndAMovedOneDoesNot) {
-  Requester requester = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   std::vector<zemtra::PendingRequest<Answer>> pending;
   for (int i = 0; i < 3; ++i) { pending.push_back(requester.send({1, i}, kLong)); }
   replier->reply_to_next({"0a", "0b"});
@@ -88,9 +80,6 @@ TEST_P(TypedRequester, DroppedPendingRequestTakesItsRepliesWithItAndAMovedOneDoe
 }
 
 TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
-  Requester requester = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   const DDS_SampleIdentity_t first = requester.send_request({1, 1});
   zemtra::WriteSample<Question> sample(Question{1, 2});
   const DDS_SampleIdentity_t second = requester.send_request(sample);
@@ -121,9 +110,6 @@ TEST_P(TypedRequester, RepliesAreReceivedTakenAndReadForAnyRequestAndForOne) {
 }
 
 TEST_P(TypedRequester, IsNotKeptWaitingByOneWhoReadsItsReply) {
-  Requester requester = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   for (int i = 0; i < scaled(200); ++i) {
     std::atomic<bool> over{false};
     Thread reading([&] {
@@ -136,7 +122,6 @@ TEST_P(TypedRequester, IsNotKeptWaitingByOneWhoReadsItsReply) {
 }
 
 TEST_P(TypedRequester, RefusesTopicsOfAnotherType) {
-  Requester requester = make_requester();
   const auto other_types = [&] { zemtra::Requester<Answer, Question>(participant(), "Calc"); };
   EXPECT_THROW(other_types(), zemtra::PreconditionNotMetException);
   const auto builtin_type = [&] { zemtra::Replier<Question, std::string>(participant(), "Calc"); };
@@ -144,10 +129,7 @@ TEST_P(TypedRequester, RefusesTopicsOfAnotherType) {
 }
 
 TEST_P(TypedRequester, AbandonsItsOwnRequestsOnly) {
-  Requester requester = make_requester();
   Requester other = make_requester();
-  const std::unique_ptr<OtherReplier> replier = make_other_replier();
-  ASSERT_TRUE(requester.wait_for_service(kLong));
   ASSERT_TRUE(other.wait_for_service(kLong));
   const DDS_SampleIdentity_t own = requester.send_request({1, 1});
   replier->reply_to_next({"own"});
