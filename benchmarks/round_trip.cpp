@@ -24,7 +24,7 @@ constexpr const char* usage =
     "usage: round_trip [--mode blocking,listener,pipelined,typed,typed_listener] [--payload 64,1024,...]\n"
     "                  [--pin same,split,free] [--transport in_process]\n"
     "                  [--rounds 15] [--count round trips in a turn, 0 for about 40 ms]\n"
-    "       round_trip --transport rtps [--mode blocking,pipelined] [--payload 64,65536,...] and the rest as above\n";
+    "       round_trip --transport rtps [--mode blocking,pipelined] [--payload 64,65536,...] [--rounds 31], the rest\n";
 
 struct Case {
   std::string mode;
@@ -117,7 +117,7 @@ void run_all_between_processes(const Arguments& arguments) {
       for (const long payload : arguments.numbers("payload", "64,65536,1048576")) {
         if (!is_possible(placement_of(pin)) || !fits_buffers(mode, payload)) { continue; }
         compare_with_hand_written({mode, pin, static_cast<std::size_t>(payload),
-                                   std::max(1L, arguments.number("rounds", 15)), arguments.number("count", 0)});
+                                   std::max(1L, arguments.number("rounds", 31)), arguments.number("count", 0)});
       }
     }
   }
